@@ -1,0 +1,5 @@
+// Workers and tables of this subsystem that the shared library exports. They make no checks.
+#pragma once
+
+#include "tevcv/statistics.h"
+#include "tevcv_internal/export.h"
