@@ -1,5 +1,6 @@
 // Thresholds. Bytes compare as numbers, floats as 32-bit patterns: callers rely on what that does to -0.0 and NaN.
 #include <bit>
+#include <cmath>
 #include <cstdint>
 
 #include "frame/checks.h"
@@ -52,9 +53,10 @@ TevStatus teviThreshold_Val_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst,
   const auto above = [level](Tev32s v) { return v > level; };
   const auto belowNegative = [unsignedLevel](Tev32s v) { return static_cast<std::uint32_t>(v) > unsignedLevel; };
   const auto aboveNegative = [unsignedLevel](Tev32s v) { return static_cast<std::uint32_t>(v) < unsignedLevel; };
-  if (threshold < 0.0F && cmpOp == tevCmpLess)
+  const bool negative = std::signbit(threshold) && threshold != 0.0F;
+  if (negative && cmpOp == tevCmpLess)
     replaceWhere(from, to, roiSize, replacement, belowNegative);
-  else if (threshold < 0.0F)
+  else if (negative)
     replaceWhere(from, to, roiSize, replacement, aboveNegative);
   else if (cmpOp == tevCmpLess)
     replaceWhere(from, to, roiSize, replacement, below);
