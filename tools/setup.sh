@@ -1,0 +1,38 @@
+# Sourced by check, demo, bench and the CI script: puts on a Debian machine what is missing, asking nothing.
+
+# need PACKAGE...: installs those that are not there. Uses sudo only where the user is not root.
+need() {
+  local missing=() package
+  for package in "$@"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  echo "Installing ${missing[*]}"
+  local root=()
+  [ "$(id -u)" -eq 0 ] || root=(sudo)
+  "${root[@]}" apt-get update -qq
+  "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" > /dev/null
+}
+
+need_build_tools() {
+  need ca-certificates cmake ninja-build g++ g++-multilib googletest ccache libpng-dev
+}
+
+# The newest variant of the 64-bit library that this machine's processor can run, as the system's loader sees it.
+newest_variant() {
+  local level
+  for level in v4 v3; do
+    if /lib64/ld-linux-x86-64.so.2 --help | grep -q "x86-64-$level (supported"; then
+      echo "x86_64-$level"
+      return
+    fi
+  done
+  echo x86_64
+}
+
+build() {  # build PRESET
+  echo "== building $1"
+  cmake --preset "$1" > "build-$1.log" 2>&1 || { cat "build-$1.log"; return 1; }
+  cmake --build --preset "$1" >> "build-$1.log" 2>&1 || { grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking|Creating)' "build-$1.log"; return 1; }
+  rm "build-$1.log"
+}
