@@ -5,9 +5,115 @@
 #include "tevcv/types.h"
 
 /**
- * @defgroup pyramids Image pyramids.
+ * @defgroup pyramids Image pyramids
+ * Sequences of images, each smaller than the one before. The idea: P. J. Burt, E. H. Adelson, "The Laplacian Pyramid as
+ * a Compact Image Code", 1983.
  * @{
  */
+
+/**
+ * The levels of one image: level 0 is the image itself, each next one is smaller by the rate. One allocation holds the
+ * record and its arrays, which have `level` + 1 entries each. The images are the caller's.
+ */
+typedef struct TevPyramid {
+  void** images; /**< the first pixel of each level; null at first, filled in by the caller */
+  TevSize* roi;  /**< the size of each level */
+  Tev64f* scale; /**< 1 / rate to the power of the level */
+  Tev32s* steps; /**< the row step of each level in bytes; 0 at first, filled in by the caller */
+  void* state;   /**< null at first; room for a layer state of the caller's */
+  Tev32s level;  /**< the highest level's index */
+} TevPyramid;
+
+/**
+ * What it takes to resample between two neighbouring levels: a normalised kernel, the rate, the largest region, scratch
+ * memory. Serves one call at a time.
+ */
+typedef struct TevPyramidLayerState TevPyramidLayerState;
+
+/**
+ * @name Pyramid records
+ * `teviPyramidInitAlloc` makes a record for an image of `roiSize` pixels and up to `level` levels above it; a request
+ * for more levels than it takes to come down to 1 x 1 pixel is cut, so that the record of a 1 x 1 image has level 0.
+ * Sizes follow #teviGetPyramidDownROI, scale[i] = scale[i - 1] / rate. `rate` lies above 1, up to 10 inclusive.
+ * `teviPyramidFree` gives the record back; the caller's images stay.
+ * @return #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), #tevStatusBadArg (`rate` outside its range,
+ *         `level` below 1), #tevStatusNoMemory, in that order; `*ppPyramid` is written on success only.
+ * @{
+ */
+TEV_API TevStatus teviPyramidInitAlloc(TevPyramid** ppPyramid, int level, TevSize roiSize, Tev32f rate);
+TEV_API TevStatus teviPyramidFree(TevPyramid* pyramid);
+/** @} */
+
+/**
+ * @name Sizes of neighbouring levels
+ * The up query gives the smallest and the largest size of a level whose next smaller one has `srcRoi` pixels. In each
+ * dimension, n being the source's size: from max(n + 1, trunc((n - 1) * rate) + 1), or 1 where n is 1, to
+ * max(n + 1, trunc(n * rate)), products rounded to float. The down query gives the one size whose up range holds
+ * `srcRoi`: each size has one next smaller size. Results beyond 2147483647 are cut there.
+ * @return #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), #tevStatusBadArg (`rate` not above 1, or
+ *         above 10), in that order.
+ * @{
+ */
+TEV_API TevStatus teviGetPyramidDownROI(TevSize srcRoi, TevSize* pDstRoi, Tev32f rate);
+TEV_API TevStatus teviGetPyramidUpROI(TevSize srcRoi, TevSize* pDstRoiMin, TevSize* pDstRoiMax, Tev32f rate);
+/** @} */
+
+/**
+ * @name Layer states
+ * A state moves images of up to `srcRoi` pixels one level down, or up (the source is the smaller image then). `kernel`
+ * holds `kernelSize` taps, an odd number from 3 on; only its left half and its middle count, and it is stored mirrored
+ * and divided by its sum. `mode` is 2, linear interpolation; `rate` lies above 1, up to 10 inclusive. The kernel of the
+ * integer layers becomes a 13-bit fraction, truncated in a down state and rounded in an up state.
+ *
+ * A kernel whose sum is 0 is no smoothing kernel: it is stored as it is and mirrored one place off (entry i at
+ * kernelSize - i; the entry behind the middle is not set; in float layers the middle is not the caller's tap).
+ *
+ * Each `...Free` releases a state of any element type.
+ * @return #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), #tevStatusBadArg (`mode`, then `rate`, then
+ *         `kernelSize`), #tevStatusNoMemory, in that order, with `*ppState` as it was. #tevStatusAsymmetricKernel where
+ *         the right half of `kernel` is not the mirror of the left one: the state is made all the same.
+ * @{
+ */
+TEV_API TevStatus teviPyramidLayerDownInitAlloc_8u_C1R(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
+                                                       const Tev16s* kernel, int kernelSize, int mode);
+TEV_API TevStatus teviPyramidLayerDownInitAlloc_8u_C3R(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
+                                                       const Tev16s* kernel, int kernelSize, int mode);
+TEV_API TevStatus teviPyramidLayerDownInitAlloc_16u_C1R(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
+                                                        const Tev16s* kernel, int kernelSize, int mode);
+TEV_API TevStatus teviPyramidLayerDownInitAlloc_16u_C3R(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
+                                                        const Tev16s* kernel, int kernelSize, int mode);
+TEV_API TevStatus teviPyramidLayerDownInitAlloc_32f_C1R(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
+                                                        const Tev32f* kernel, int kernelSize, int mode);
+TEV_API TevStatus teviPyramidLayerDownInitAlloc_32f_C3R(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
+                                                        const Tev32f* kernel, int kernelSize, int mode);
+TEV_API TevStatus teviPyramidLayerUpInitAlloc_8u_C1R(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
+                                                     const Tev16s* kernel, int kernelSize, int mode);
+TEV_API TevStatus teviPyramidLayerUpInitAlloc_8u_C3R(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
+                                                     const Tev16s* kernel, int kernelSize, int mode);
+TEV_API TevStatus teviPyramidLayerUpInitAlloc_16u_C1R(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
+                                                      const Tev16s* kernel, int kernelSize, int mode);
+TEV_API TevStatus teviPyramidLayerUpInitAlloc_16u_C3R(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
+                                                      const Tev16s* kernel, int kernelSize, int mode);
+TEV_API TevStatus teviPyramidLayerUpInitAlloc_32f_C1R(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
+                                                      const Tev32f* kernel, int kernelSize, int mode);
+TEV_API TevStatus teviPyramidLayerUpInitAlloc_32f_C3R(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
+                                                      const Tev32f* kernel, int kernelSize, int mode);
+
+TEV_API TevStatus teviPyramidLayerDownFree(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUpFree(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerDownFree_8u_C1R(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerDownFree_8u_C3R(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerDownFree_16u_C1R(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerDownFree_16u_C3R(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerDownFree_32f_C1R(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerDownFree_32f_C3R(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUpFree_8u_C1R(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUpFree_8u_C3R(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUpFree_16u_C1R(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUpFree_16u_C3R(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUpFree_32f_C1R(TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUpFree_32f_C3R(TevPyramidLayerState* pState);
+/** @} */
 
 /** @} */
 
