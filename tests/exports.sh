@@ -31,7 +31,7 @@ same "the header and the public names" "$work/declared" "$work/public"
 
 # Workers and tables: what the internal header declares.
 grep -vxFf "$work/public" "$work/listed" > "$work/workers"
-sed -e 's://.*::' "$source"/include/tevcv_internal/*.h | tr '\n' ' ' | sed -e 's/TEV_WORKER/\nTEV_WORKER/g' |
+sed -e 's://.*::' -e '/^#/d' "$source"/include/tevcv_internal/*.h | tr '\n' ' ' | sed -e 's/TEV_WORKER/\nTEV_WORKER/g' |
   sed -nE 's/^TEV_WORKER [^(;]*[ *&]([A-Za-z_][A-Za-z0-9_]*) *(\(|\[|;).*/\1/p' | sort -u > "$work/declaredworkers"
 same "the internal headers and the workers" "$work/declaredworkers" "$work/workers"
 
