@@ -9,6 +9,68 @@
  * @{
  */
 
+/**
+ * @name Copy at a fractional offset
+ * dst(x, y) is the source between (x, y) and (x + 1, y + 1), at the fractions of `dx` and `dy`: bilinear interpolation.
+ * `src` points at the integer position; whole parts of the offsets play no role, and -0.25 has the fraction 0.75. `src`
+ * holds `width` + 1 by `height` + 1 pixels, `dst` `width` by `height`; they must not overlap.
+ *
+ * The integer forms weigh with fixed-point fractions of 14 bits (8-bit source) or 15 bits (16-bit source). The form
+ * with `scaleFactor` stores value * 2^-scaleFactor without saturation; -7 gives pixels times 128. The float forms
+ * raise a horizontal fraction below 1e-6 to 1e-6, so that each pixel's left half can be had from the right half of the
+ * pixel before it; they work in extended precision and round once.
+ * @return #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), #tevStatusBadStep (a step shorter than
+ *         `width` elements), #tevStatusStepNotAligned (a step that is no multiple of the element's size), in that
+ *         order. `scaleFactor` is not tested; shifts are taken modulo 32.
+ * @{
+ */
+TEV_API TevStatus teviCopySubpix_8u_C1R(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize roiSize,
+                                        Tev32f dx, Tev32f dy);
+TEV_API TevStatus teviCopySubpix_8u16u_C1R_Sfs(const Tev8u* src, int srcStep, Tev16u* dst, int dstStep, TevSize roiSize,
+                                               Tev32f dx, Tev32f dy, int scaleFactor);
+TEV_API TevStatus teviCopySubpix_16u_C1R(const Tev16u* src, int srcStep, Tev16u* dst, int dstStep, TevSize roiSize,
+                                         Tev32f dx, Tev32f dy);
+TEV_API TevStatus teviCopySubpix_8u32f_C1R(const Tev8u* src, int srcStep, Tev32f* dst, int dstStep, TevSize roiSize,
+                                           Tev32f dx, Tev32f dy);
+TEV_API TevStatus teviCopySubpix_16u32f_C1R(const Tev16u* src, int srcStep, Tev32f* dst, int dstStep, TevSize roiSize,
+                                            Tev32f dx, Tev32f dy);
+TEV_API TevStatus teviCopySubpix_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, TevSize roiSize,
+                                         Tev32f dx, Tev32f dy);
+/** @} */
+
+/**
+ * @name Copy of a rectangle around a point
+ * `dst` receives the rectangle of `dstRoiSize` pixels centred on (`centerX`, `centerY`) of the source, interpolated
+ * bilinearly; its top-left pixel lies at centre - (size - 1) / 2. Outside the source the nearest pixels of its edge
+ * stand. `minPoint` and `maxPoint` receive the first and last column and row of `dst` that lie wholly inside; a
+ * rectangle outside gives an empty span, such as 0 to -1.
+ *
+ * Above the source, the columns right of it repeat the pixel before the last one; beside it and below it they repeat
+ * the last one. In the float forms fractions have no lower bound.
+ * @return #tevStatusNullPtr, #tevStatusBadSize (a width or height below 1), #tevStatusBadStep (a step shorter than a
+ *         row of its own image), #tevStatusStepNotAligned, in that order.
+ * @{
+ */
+TEV_API TevStatus teviCopySubpixIntersect_8u_C1R(const Tev8u* src, int srcStep, TevSize srcRoiSize, Tev8u* dst,
+                                                 int dstStep, TevSize dstRoiSize, Tev32f centerX, Tev32f centerY,
+                                                 TevPoint* minPoint, TevPoint* maxPoint);
+TEV_API TevStatus teviCopySubpixIntersect_8u16u_C1R_Sfs(const Tev8u* src, int srcStep, TevSize srcRoiSize, Tev16u* dst,
+                                                        int dstStep, TevSize dstRoiSize, Tev32f centerX, Tev32f centerY,
+                                                        TevPoint* minPoint, TevPoint* maxPoint, int scaleFactor);
+TEV_API TevStatus teviCopySubpixIntersect_16u_C1R(const Tev16u* src, int srcStep, TevSize srcRoiSize, Tev16u* dst,
+                                                  int dstStep, TevSize dstRoiSize, Tev32f centerX, Tev32f centerY,
+                                                  TevPoint* minPoint, TevPoint* maxPoint);
+TEV_API TevStatus teviCopySubpixIntersect_8u32f_C1R(const Tev8u* src, int srcStep, TevSize srcRoiSize, Tev32f* dst,
+                                                    int dstStep, TevSize dstRoiSize, Tev32f centerX, Tev32f centerY,
+                                                    TevPoint* minPoint, TevPoint* maxPoint);
+TEV_API TevStatus teviCopySubpixIntersect_16u32f_C1R(const Tev16u* src, int srcStep, TevSize srcRoiSize, Tev32f* dst,
+                                                     int dstStep, TevSize dstRoiSize, Tev32f centerX, Tev32f centerY,
+                                                     TevPoint* minPoint, TevPoint* maxPoint);
+TEV_API TevStatus teviCopySubpixIntersect_32f_C1R(const Tev32f* src, int srcStep, TevSize srcRoiSize, Tev32f* dst,
+                                                  int dstStep, TevSize dstRoiSize, Tev32f centerX, Tev32f centerY,
+                                                  TevPoint* minPoint, TevPoint* maxPoint);
+/** @} */
+
 /** @} */
 
 #endif
