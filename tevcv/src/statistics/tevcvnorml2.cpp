@@ -1,0 +1,72 @@
+// L2 norm of one image: the root of the sum of squares under a mask.
+#include "statistics/norms.h"
+#include "tevcv/statistics.h"
+
+using namespace tevcv;
+
+namespace {
+
+// Floats are added in extended precision, one chain in scan order; at the end of each row the sum is stored as a
+// double.
+struct FloatSum : RootOfSum {
+  void add(const Tev32f* p, const Tev8u* mask, int n) {
+    Tev64f term[shortBlock];  // the square of a float is exact in double
+    for (int i = 0; i < n; ++i) {
+      const Tev64f value = keptWhere(mask[i], p[i]);
+      term[i] = value * value;
+    }
+    Extended sum = sum_;
+    for (int i = 0; i < n; ++i) sum += term[i];
+    sum_ = sum;
+  }
+  void endRow() { sum_ = static_cast<Tev64f>(sum_); }
+  Tev64f value() const { return static_cast<Tev64f>(sum_); }
+
+ private:
+  Extended sum_ = 0;
+};
+
+template <class T>
+using L2Norm = std::conditional_t<std::floating_point<T>, FloatSum, OfMagnitudes<T, SumOfSquares>>;
+
+}  // namespace
+
+TevStatus teviNorm_L2_8u_C1MR(const Tev8u* src, int srcStep, const Tev8u* mask, int maskStep, TevSize roiSize,
+                              Tev64f* pValue) {
+  return norm<L2Norm, 1>(src, srcStep, mask, maskStep, roiSize, 1, pValue, multiCoreDie(131072));
+}
+
+TevStatus teviNorm_L2_8u_C3CMR(const Tev8u* src, int srcStep, const Tev8u* mask, int maskStep, TevSize roiSize, int coi,
+                               Tev64f* pValue) {
+  return norm<L2Norm, 3>(src, srcStep, mask, maskStep, roiSize, coi, pValue, multiCoreDie(32768));
+}
+
+TevStatus teviNorm_L2_8s_C1MR(const Tev8s* src, int srcStep, const Tev8u* mask, int maskStep, TevSize roiSize,
+                              Tev64f* pValue) {
+  return norm<L2Norm, 1>(src, srcStep, mask, maskStep, roiSize, 1, pValue, multiCoreDie(131072));
+}
+
+TevStatus teviNorm_L2_8s_C3CMR(const Tev8s* src, int srcStep, const Tev8u* mask, int maskStep, TevSize roiSize, int coi,
+                               Tev64f* pValue) {
+  return norm<L2Norm, 3>(src, srcStep, mask, maskStep, roiSize, coi, pValue, multiCoreDie(32768));
+}
+
+TevStatus teviNorm_L2_16u_C1MR(const Tev16u* src, int srcStep, const Tev8u* mask, int maskStep, TevSize roiSize,
+                               Tev64f* pValue) {
+  return norm<L2Norm, 1>(src, srcStep, mask, maskStep, roiSize, 1, pValue, anyDie(131072));
+}
+
+TevStatus teviNorm_L2_16u_C3CMR(const Tev16u* src, int srcStep, const Tev8u* mask, int maskStep, TevSize roiSize,
+                                int coi, Tev64f* pValue) {
+  return norm<L2Norm, 3>(src, srcStep, mask, maskStep, roiSize, coi, pValue, multiCoreDie(32768));
+}
+
+TevStatus teviNorm_L2_32f_C1MR(const Tev32f* src, int srcStep, const Tev8u* mask, int maskStep, TevSize roiSize,
+                               Tev64f* pValue) {
+  return norm<L2Norm, 1>(src, srcStep, mask, maskStep, roiSize, 1, pValue, anyDie(131072));
+}
+
+TevStatus teviNorm_L2_32f_C3CMR(const Tev32f* src, int srcStep, const Tev8u* mask, int maskStep, TevSize roiSize,
+                                int coi, Tev64f* pValue) {
+  return norm<L2Norm, 3>(src, srcStep, mask, maskStep, roiSize, coi, pValue, multiCoreDie(32768));
+}
