@@ -115,6 +115,58 @@ TEV_API TevStatus teviPyramidLayerUpFree_32f_C1R(TevPyramidLayerState* pState);
 TEV_API TevStatus teviPyramidLayerUpFree_32f_C3R(TevPyramidLayerState* pState);
 /** @} */
 
+/**
+ * @name Gaussian steps of rate 2
+ * Halve or double an image of `srcRoi` pixels with the kernel 1 4 6 4 1 in both directions, channel by channel.
+ *
+ * Down: dst has (width + 1) / 2 x (height + 1) / 2 pixels, and dst(x, y) is the sum of src around (2x, 2y) by the
+ * kernel, divided by 256. The image is reflected about its outermost pixels on all sides.
+ *
+ * Up: dst has 2 width x 2 height pixels. Even samples are weighted 1 6 1, odd ones 4 4, in both directions, divided by
+ * 64. On the left and at the top the image is reflected about its outermost pixels; on the right and at the bottom the
+ * last pixel is repeated.
+ *
+ * 8-bit results are rounded with ties upward. Float sums are formed in extended precision and rounded to float behind
+ * each of the two directions; images less than three pixels wide or high are reduced with one rounding at the end.
+ *
+ * `buffer` has the length that the size query gives for the source's width, at any address; each call needs its own.
+ * `dataType` is #tevDataType8u, #tevDataType8s or #tevDataType32f, `channels` 1 or 3. Sizes beyond 2147483647 are cut
+ * there. The step down is the REDUCE, the step up the EXPAND of the paper above.
+ * @return Steps: #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), #tevStatusBadStep (a step shorter than
+ *         the row of its image), #tevStatusStepNotAligned (32f only), in that order. Size queries: #tevStatusNullPtr,
+ *         #tevStatusBadSize (`roiWidth` below 1), #tevStatusBadChannels, #tevStatusBadKernel (`dataType`), in that
+ *         order.
+ * @{
+ */
+TEV_API TevStatus teviPyrDownGetBufSize_Gauss5x5(int roiWidth, TevDataType dataType, int channels, int* pBufferSize);
+TEV_API TevStatus teviPyrUpGetBufSize_Gauss5x5(int roiWidth, TevDataType dataType, int channels, int* pBufferSize);
+
+TEV_API TevStatus teviPyrDown_Gauss5x5_8u_C1R(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize srcRoi,
+                                              Tev8u* buffer);
+TEV_API TevStatus teviPyrDown_Gauss5x5_8u_C3R(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize srcRoi,
+                                              Tev8u* buffer);
+TEV_API TevStatus teviPyrDown_Gauss5x5_8s_C1R(const Tev8s* src, int srcStep, Tev8s* dst, int dstStep, TevSize srcRoi,
+                                              Tev8u* buffer);
+TEV_API TevStatus teviPyrDown_Gauss5x5_8s_C3R(const Tev8s* src, int srcStep, Tev8s* dst, int dstStep, TevSize srcRoi,
+                                              Tev8u* buffer);
+TEV_API TevStatus teviPyrDown_Gauss5x5_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, TevSize srcRoi,
+                                               Tev8u* buffer);
+TEV_API TevStatus teviPyrDown_Gauss5x5_32f_C3R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, TevSize srcRoi,
+                                               Tev8u* buffer);
+TEV_API TevStatus teviPyrUp_Gauss5x5_8u_C1R(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize srcRoi,
+                                            Tev8u* buffer);
+TEV_API TevStatus teviPyrUp_Gauss5x5_8u_C3R(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize srcRoi,
+                                            Tev8u* buffer);
+TEV_API TevStatus teviPyrUp_Gauss5x5_8s_C1R(const Tev8s* src, int srcStep, Tev8s* dst, int dstStep, TevSize srcRoi,
+                                            Tev8u* buffer);
+TEV_API TevStatus teviPyrUp_Gauss5x5_8s_C3R(const Tev8s* src, int srcStep, Tev8s* dst, int dstStep, TevSize srcRoi,
+                                            Tev8u* buffer);
+TEV_API TevStatus teviPyrUp_Gauss5x5_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, TevSize srcRoi,
+                                             Tev8u* buffer);
+TEV_API TevStatus teviPyrUp_Gauss5x5_32f_C3R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, TevSize srcRoi,
+                                             Tev8u* buffer);
+/** @} */
+
 /** @} */
 
 #endif

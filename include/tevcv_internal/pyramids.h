@@ -26,3 +26,26 @@ TEV_WORKER TevStatus ownPyramidLayerDownInitAlloc(TevPyramidLayerState** ppState
 TEV_WORKER TevStatus ownPyramidLayerUpInitAlloc(TevPyramidLayerState** ppState, TevSize srcRoi, Tev32f rate,
                                                 TevDataType dataType, int channels, const void* kernel, int kernelSize,
                                                 int mode);
+
+// Gaussian steps of images at most two pixels wide (W2) or high (H2), and doubling of those one pixel wide (W1) or high
+// (H1).
+TEV_WORKER void ownPyrDownG5x5_W2_8u(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize srcRoi,
+                                     int channels);
+TEV_WORKER void ownPyrDownG5x5_W2_8s(const Tev8s* src, int srcStep, Tev8s* dst, int dstStep, TevSize srcRoi,
+                                     int channels);
+TEV_WORKER void ownPyrDownG5x5_W2_32f(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, TevSize srcRoi,
+                                      int channels);
+TEV_WORKER void ownPyrDownG5x5_H2_8u(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize srcRoi,
+                                     int channels);
+TEV_WORKER void ownPyrDownG5x5_H2_8s(const Tev8s* src, int srcStep, Tev8s* dst, int dstStep, TevSize srcRoi,
+                                     int channels);
+TEV_WORKER void ownPyrDownG5x5_H2_32f(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, TevSize srcRoi,
+                                      int channels);
+TEV_WORKER void ownPyrUpG5x5_W1_8u(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize srcRoi,
+                                   int channels);
+TEV_WORKER void ownPyrUpG5x5_W1_8s(const Tev8s* src, int srcStep, Tev8s* dst, int dstStep, TevSize srcRoi,
+                                   int channels);
+TEV_WORKER void ownPyrUpG5x5_H1_8u(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize srcRoi,
+                                   int channels);
+TEV_WORKER void ownPyrUpG5x5_H1_8s(const Tev8s* src, int srcStep, Tev8s* dst, int dstStep, TevSize srcRoi,
+                                   int channels);
