@@ -10,6 +10,179 @@
  * @{
  */
 
+/**
+ * @name Fixed-kernel border filters
+ * Derivatives (Scharr, Sobel), the Laplacian and the lowpass average with fixed 3x3 or 5x5 masks, the border handled on
+ * all four sides. Each mask is a product of a row kernel along x and a column kernel along y, taken as a correlation
+ * with the centre tap as anchor:
+ *
+ *     dst(x, y) = sum over j of column[j] * (sum over i of row[i] * src(x + i - k / 2, y + j - k / 2))
+ *
+ * with `k` 3 or 5:
+ *
+ * | Filter           | 3x3: row, column              | 5x5: row, column                       |
+ * |------------------|-------------------------------|----------------------------------------|
+ * | ScharrHoriz      | 3 10 3,   -1 0 1              |                                        |
+ * | ScharrVert       | -1 0 1,   3 10 3              |                                        |
+ * | SobelHoriz       | 1 2 1,    -1 0 1              | 1 4 6 4 1,   -1 -2 0 2 1               |
+ * | SobelVert        | 1 0 -1,   1 2 1               | 1 2 0 -2 -1, 1 4 6 4 1                 |
+ * | SobelNegVert     | 1 0 -1,   -1 -2 -1            | 1 2 0 -2 -1, -1 -4 -6 -4 -1            |
+ * | SobelHorizSecond | 1 2 1,    1 -2 1              | 1 4 6 4 1,   1 0 -2 0 1                |
+ * | SobelVertSecond  | 1 -2 1,   1 2 1               | 1 0 -2 0 1,  1 4 6 4 1                 |
+ * | SobelCross       | 1 0 -1,   -1 0 1              | 1 2 0 -2 -1, -1 -2 0 2 1               |
+ * | Lowpass          | average of 9 pixels           | average of 25 pixels                   |
+ * | Laplacian        | 2 0 2 / 0 -8 0 / 2 0 2        | SobelHorizSecond + SobelVertSecond     |
+ *
+ * Note the signs: SobelVert is the left side minus the right side, SobelNegVert the right minus the left.
+ *
+ * `src` and `dst` are images of `roiSize` pixels of one channel, their steps in bytes, at any address. `mask` is
+ * #tevMskSize3x3 or #tevMskSize5x5; the Scharr filters have one mask and take none. `borderType` is one of the five of
+ * #TevBorderType; `borderValue` is the pixel outside of the image for #tevBorderConst and is not read otherwise. Rows
+ * outside of the image hold the constant as the row kernel gives it for an endless row of it. `buffer` is the
+ * caller's scratch, as many bytes as the filter's size query gives for the same region, mask and thread setting, at any
+ * address; it holds nothing of value between calls.
+ *
+ * - `8u16s`: exact.
+ * - `8u8s`: the 16-bit result times 1 / `divisor` in extended precision, clamped to -128..127, truncated toward zero.
+ *   `divisor` is any number but 0. Where the rounded reciprocal brings an exact quotient below a whole number, that
+ *   result is nearer to zero by one. The 5x5 Laplacian takes the reciprocal rounded to #Tev32f.
+ * - `8u`: with t the sum of the pixels, the 3x3 average is (7280 t + 36400) / 65536 and the 5x5 one 2621 t / 65536,
+ *   both rounded down, so that the 5x5 average of a white image is 254.
+ * - `32f`: both sums in extended precision, each rounded once, the row sums to the #Tev32f that the column sum takes
+ * up. The averages multiply their column sum with the #Tev32f constants 0.11111111 and 0.04.
+ *
+ * Large images are divided among the threads; the result is the same at any thread count.
+ *
+ * A filter returns, in this order: #tevStatusNullPtr (`src`, `dst` or `buffer`), #tevStatusBadSize (width or height
+ * below 1), #tevStatusBadStep (a step shorter than its row), #tevStatusStepNotAligned (a step of a `16s` or `32f` image
+ * that is no whole number of elements), #tevStatusBadArg (`borderType` outside 0..4, or `divisor` 0),
+ * #tevStatusBadMaskSize. A size query stores the size in bytes to `pSize` and returns #tevStatusNullPtr (`pSize`),
+ * #tevStatusBadSize, #tevStatusBadMaskSize. Nothing is written after an error, and nothing else can fail.
+ *
+ * Literature: I. Sobel, G. Feldman, "A 3x3 isotropic gradient operator for image processing", 1968; H. Scharr, "Optimal
+ * operators in digital image processing", 2000.
+ * @{
+ */
+TEV_API TevStatus teviFilterScharrHorizBorder_8u8s_C1R(const Tev8u* src, int srcStep, Tev8s* dst, int dstStep,
+                                                       TevSize roiSize, TevBorderType borderType, Tev8u borderValue,
+                                                       int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterScharrHorizBorder_8u16s_C1R(const Tev8u* src, int srcStep, Tev16s* dst, int dstStep,
+                                                        TevSize roiSize, TevBorderType borderType, Tev8u borderValue,
+                                                        Tev8u* buffer);
+TEV_API TevStatus teviFilterScharrHorizBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
+                                                      TevSize roiSize, TevBorderType borderType, Tev32f borderValue,
+                                                      Tev8u* buffer);
+TEV_API TevStatus teviFilterScharrVertBorder_8u8s_C1R(const Tev8u* src, int srcStep, Tev8s* dst, int dstStep,
+                                                      TevSize roiSize, TevBorderType borderType, Tev8u borderValue,
+                                                      int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterScharrVertBorder_8u16s_C1R(const Tev8u* src, int srcStep, Tev16s* dst, int dstStep,
+                                                       TevSize roiSize, TevBorderType borderType, Tev8u borderValue,
+                                                       Tev8u* buffer);
+TEV_API TevStatus teviFilterScharrVertBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
+                                                     TevSize roiSize, TevBorderType borderType, Tev32f borderValue,
+                                                     Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelHorizBorder_8u8s_C1R(const Tev8u* src, int srcStep, Tev8s* dst, int dstStep,
+                                                      TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                      Tev8u borderValue, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelHorizBorder_8u16s_C1R(const Tev8u* src, int srcStep, Tev16s* dst, int dstStep,
+                                                       TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                       Tev8u borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelHorizBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
+                                                     TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                     Tev32f borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelVertBorder_8u8s_C1R(const Tev8u* src, int srcStep, Tev8s* dst, int dstStep,
+                                                     TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                     Tev8u borderValue, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelVertBorder_8u16s_C1R(const Tev8u* src, int srcStep, Tev16s* dst, int dstStep,
+                                                      TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                      Tev8u borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelVertBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
+                                                    TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                    Tev32f borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelNegVertBorder_8u8s_C1R(const Tev8u* src, int srcStep, Tev8s* dst, int dstStep,
+                                                        TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                        Tev8u borderValue, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelNegVertBorder_8u16s_C1R(const Tev8u* src, int srcStep, Tev16s* dst, int dstStep,
+                                                         TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                         Tev8u borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelNegVertBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
+                                                       TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                       Tev32f borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelHorizSecondBorder_8u8s_C1R(const Tev8u* src, int srcStep, Tev8s* dst, int dstStep,
+                                                            TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                            Tev8u borderValue, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelHorizSecondBorder_8u16s_C1R(const Tev8u* src, int srcStep, Tev16s* dst, int dstStep,
+                                                             TevSize roiSize, TevMaskSize mask,
+                                                             TevBorderType borderType, Tev8u borderValue,
+                                                             Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelHorizSecondBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
+                                                           TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                           Tev32f borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelVertSecondBorder_8u8s_C1R(const Tev8u* src, int srcStep, Tev8s* dst, int dstStep,
+                                                           TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                           Tev8u borderValue, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelVertSecondBorder_8u16s_C1R(const Tev8u* src, int srcStep, Tev16s* dst, int dstStep,
+                                                            TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                            Tev8u borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelVertSecondBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
+                                                          TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                          Tev32f borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelCrossBorder_8u8s_C1R(const Tev8u* src, int srcStep, Tev8s* dst, int dstStep,
+                                                      TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                      Tev8u borderValue, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelCrossBorder_8u16s_C1R(const Tev8u* src, int srcStep, Tev16s* dst, int dstStep,
+                                                       TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                       Tev8u borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterSobelCrossBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
+                                                     TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                     Tev32f borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterLaplacianBorder_8u8s_C1R(const Tev8u* src, int srcStep, Tev8s* dst, int dstStep,
+                                                     TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                     Tev8u borderValue, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterLaplacianBorder_8u16s_C1R(const Tev8u* src, int srcStep, Tev16s* dst, int dstStep,
+                                                      TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                      Tev8u borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterLaplacianBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
+                                                    TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                    Tev32f borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterLowpassBorder_8u_C1R(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep,
+                                                 TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                 Tev8u borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterLowpassBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
+                                                  TevSize roiSize, TevMaskSize mask, TevBorderType borderType,
+                                                  Tev32f borderValue, Tev8u* buffer);
+
+TEV_API TevStatus teviFilterScharrHorizGetBufferSize_8u8s_C1R(TevSize roiSize, int* pSize);
+TEV_API TevStatus teviFilterScharrHorizGetBufferSize_8u16s_C1R(TevSize roiSize, int* pSize);
+TEV_API TevStatus teviFilterScharrHorizGetBufferSize_32f_C1R(TevSize roiSize, int* pSize);
+TEV_API TevStatus teviFilterScharrVertGetBufferSize_8u8s_C1R(TevSize roiSize, int* pSize);
+TEV_API TevStatus teviFilterScharrVertGetBufferSize_8u16s_C1R(TevSize roiSize, int* pSize);
+TEV_API TevStatus teviFilterScharrVertGetBufferSize_32f_C1R(TevSize roiSize, int* pSize);
+TEV_API TevStatus teviFilterSobelHorizGetBufferSize_8u8s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelHorizGetBufferSize_8u16s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelHorizGetBufferSize_32f_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelVertGetBufferSize_8u8s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelVertGetBufferSize_8u16s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelVertGetBufferSize_32f_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelNegVertGetBufferSize_8u8s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelNegVertGetBufferSize_8u16s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelNegVertGetBufferSize_32f_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelHorizSecondGetBufferSize_8u8s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelHorizSecondGetBufferSize_8u16s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelHorizSecondGetBufferSize_32f_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelVertSecondGetBufferSize_8u8s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelVertSecondGetBufferSize_8u16s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelVertSecondGetBufferSize_32f_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelCrossGetBufferSize_8u8s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelCrossGetBufferSize_8u16s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterSobelCrossGetBufferSize_32f_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterLaplacianGetBufferSize_8u8s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterLaplacianGetBufferSize_8u16s_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterLaplacianGetBufferSize_32f_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterLowpassGetBufferSize_8u_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+TEV_API TevStatus teviFilterLowpassGetBufferSize_32f_C1R(TevSize roiSize, TevMaskSize mask, int* pSize);
+/** @} */
+
 /** @} */
 
 #endif
