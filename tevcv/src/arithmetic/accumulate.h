@@ -1,0 +1,174 @@
+// Running sums a += term over an image of floats, plain and masked.
+//
+// The definition: every term and the sum are formed in extended precision and rounded once, to the accumulator's float.
+// Nothing is skipped under a mask. A pixel that it leaves out is read, its term becomes 0 (an integer 0, or a product
+// with the float 0) and is added all the same. Callers see that in two places: a NaN or an infinity under a mask
+// element of 0 still reaches the accumulator through a product with 0, and -0.0 + 0.0 becomes +0.0.
+//
+// Three ways give the bits of that definition:
+//   - a term that is exact in a float needs one float addition, which rounds as extended precision does;
+//   - a product that is exact in a double needs one double addition (addProduct);
+//   - a blend rounds three times and runs in double with a guard (addWeighted).
+// Where a double sum cannot tell on which side of the middle of two floats the true sum lies, extended precision
+// decides.
+#pragma once
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+
+#include "frame/arithmetic.h"
+#include "frame/checks.h"
+#include "frame/rows.h"
+#include "tevcv_internal/arithmetic.h"
+
+namespace tevcv::accumulate {
+
+template <class T>
+inline constexpr bool exactInFloat = sizeof(T) == 1;  // and its square and product with its like
+
+// An integer term under a mask: all bits of it, or none.
+template <bool masked>
+std::uint32_t keep(const Tev8u* mask, int x) {
+  if constexpr (masked)
+    return mask[x] != 0 ? ~0U : 0U;
+  else
+    return ~0U;
+}
+
+// A float factor under a mask.
+template <bool masked>
+Tev32f coefficient(const Tev8u* mask, int x) {
+  if constexpr (masked)
+    return mask[x] != 0 ? _tevcvMaskCoeff[1] : _tevcvMaskCoeff[0];
+  else
+    return 1;
+}
+
+// Rows run in blocks: quick(first, count, sums) gives the sums of a block, or false where one of them is in doubt; then
+// definition(x) gives each. Sums are kept apart until then, since the accumulator may be a source.
+template <class Quick, class Definition>
+void addInBlocks(Tev32f* a, int width, Quick quick, Definition definition) {
+  constexpr int blockLength = 64;
+  Tev32f sums[blockLength];
+  for (int first = 0; first < width; first += blockLength) {
+    const int count = std::min(blockLength, width - first);
+    if (!quick(first, count, sums))
+      for (int i = 0; i < count; ++i) sums[i] = definition(first + i);
+    std::copy_n(sums, count, a + first);
+  }
+}
+
+// The 29 bits that a double has beyond a float of its exponent, and their value in the middle between two floats.
+inline constexpr std::uint64_t bitsBeyondFloat = (1ULL << 29) - 1, middleOfFloats = 1ULL << 28;
+
+// a + product, with the product exact in double. The sum in double and the sum in extended precision lie on the same
+// side of every middle of two floats, unless the double stands on it and has been rounded; the error of the addition
+// (exact by two-sum) tells. Below the normal floats the middles lie elsewhere, so rounded sums there are in doubt too.
+template <class Product>
+void addProducts(Tev32f* a, int width, Product product) {
+  addInBlocks(
+      a, width,
+      [&](int first, int count, Tev32f* sums) {
+        std::uint64_t doubt = 0;
+        for (int i = 0; i < count; ++i) {
+          const Tev64f old = a[first + i], p = product(first + i), sum = old + p;
+          const Tev64f part = sum - old, error = (old - (sum - part)) + (p - part);
+          const bool onMiddle = (std::bit_cast<std::uint64_t>(sum) & bitsBeyondFloat) == middleOfFloats;
+          const bool small = std::fabs(sum) < Tev64f{std::numeric_limits<Tev32f>::min()};
+          doubt |= static_cast<std::uint64_t>((error != 0) & (onMiddle | small));
+          sums[i] = static_cast<Tev32f>(sum);
+        }
+        return doubt == 0;
+      },
+      [&](int x) { return static_cast<Tev32f>(Extended{a[x]} + product(x)); });
+}
+
+// a + s.
+template <bool masked, class S>
+void addRow(const S* s, const Tev8u* mask, Tev32f* a, int width) {
+#pragma GCC ivdep
+  for (int x = 0; x < width; ++x)
+    if constexpr (std::is_integral_v<S>)
+      a[x] += static_cast<Tev32f>(static_cast<Tev32s>(static_cast<std::uint32_t>(s[x]) & keep<masked>(mask, x)));
+    else
+      a[x] += s[x] * coefficient<masked>(mask, x);
+}
+
+// a + s1 * s2. Without a mask integers are factors as floats, so that 0 times a negative one is -0.0; under a mask
+// their product is an integer, of 16-bit elements an unsigned 32-bit one. Products of floats are exact in double, and
+// so stay finite until they meet the mask.
+template <bool masked, class S>
+void addProductRow(const S* s1, const S* s2, const Tev8u* mask, Tev32f* a, int width) {
+  if constexpr (exactInFloat<S>) {
+#pragma GCC ivdep
+    for (int x = 0; x < width; ++x) {
+      if constexpr (masked)
+        a[x] +=
+            static_cast<Tev32f>(static_cast<Tev32s>(static_cast<std::uint32_t>(s1[x] * s2[x]) & keep<masked>(mask, x)));
+      else
+        a[x] += static_cast<Tev32f>(s1[x]) * static_cast<Tev32f>(s2[x]);
+    }
+  } else if constexpr (std::is_integral_v<S>) {
+    addProducts(a, width, [=](int x) {
+      const std::uint32_t product = (std::uint32_t{s1[x]} * s2[x]) & keep<masked>(mask, x);
+      return static_cast<Tev64f>(static_cast<Tev32s>(product ^ 0x80000000U)) + 0x80000000U;
+    });
+  } else {
+    addProducts(a, width, [=](int x) { return Tev64f{s1[x]} * s2[x] * coefficient<masked>(mask, x); });
+  }
+}
+
+// a + (s - a) * alpha, in this form: the mean of a and s by their weights would round differently. The three roundings
+// of the double form leave it within 34 units of the extended form as long as the last addition does not cancel, so the
+// float is certain where the double stays 64 units away from the middle of two floats. Sums that cancel, and small ones
+// (below the normal floats), are in doubt; a 0 in the accumulator is not, as the blend with it is exact in double.
+template <bool masked, class S>
+void addWeightedRow(const S* s, const Tev8u* mask, Tev32f* a, int width, Tev32f alpha) {
+  constexpr std::uint64_t margin = 64;
+  const auto weight = [=](int x) {
+    if constexpr (masked)
+      return mask[x] != 0 ? alpha : 0.0F;
+    else
+      return alpha;
+  };
+  addInBlocks(
+      a, width,
+      [&](int first, int count, Tev32f* sums) {
+        std::uint64_t doubt = 0;
+        std::uint32_t small = 0;
+        for (int i = 0; i < count; ++i) {
+          const int x = first + i;
+          const Tev64f old = a[x], change = (static_cast<Tev64f>(s[x]) - old) * weight(x), sum = old + change;
+          const std::uint64_t fromMiddle = std::bit_cast<std::uint64_t>(sum) - middleOfFloats + margin;
+          doubt |= static_cast<std::uint64_t>(((fromMiddle & bitsBeyondFloat & ~(2 * margin - 1)) == 0) |
+                                              (std::fabs(change) > 16 * std::fabs(sum)));
+          sums[i] = static_cast<Tev32f>(sum);
+        }
+        for (int i = 0; i < count; ++i)
+          small |= static_cast<std::uint32_t>(((std::bit_cast<std::uint32_t>(sums[i]) & 0x7F800000) == 0) &
+                                              (a[first + i] != 0));
+        return doubt == 0 && small == 0;
+      },
+      [&](int x) {
+        const Extended old = a[x];
+        return static_cast<Tev32f>(old + (static_cast<Extended>(s[x]) - old) * weight(x));
+      });
+}
+
+// The checks' last steps: floors of all images, then the alignment of those wider than a byte. With 16-bit sources both
+// tests of the sources come before those of the mask and the accumulator.
+template <class S>
+TevStatus stepsOf(int width, int src1Step, int src2Step, int maskStep, int srcDstStep) {
+  const TevStatus source = firstFailure(rowFits<S>(src1Step, width), rowFits<S>(src2Step, width));
+  const TevStatus sourceElements = firstFailure(wholeElements<S>(src1Step), wholeElements<S>(src2Step));
+  const TevStatus others = firstFailure(rowFits<Tev8u>(maskStep, width), rowFits<Tev32f>(srcDstStep, width));
+  const TevStatus otherElements = wholeElements<Tev32f>(srcDstStep);
+  return std::is_same_v<S, Tev16u> ? firstFailure(source, sourceElements, others, otherElements)
+                                   : firstFailure(source, others, sourceElements, otherElements);
+}
+
+}  // namespace tevcv::accumulate
