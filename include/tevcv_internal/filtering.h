@@ -163,3 +163,12 @@ TEV_WORKER TevStatus ownFilterConvolution_32f_C1R_omp(const Tev32f* src, int src
                                                       TevBorderType borderType, Tev32f borderValue, Tev8u* buffer,
                                                       int rowIndex, int columnIndex, const Tev32f* wholeSrc,
                                                       TevSize wholeSize, int phase);
+
+// ---- Gaussian filter ----
+
+// One pass of a correlation with replicated edges, steps in bytes. The scratch holds the longer side and kernelSize - 1
+// floats more. The column pass computes as many rows as the image is wide.
+TEV_WORKER void ownRowConvolution(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, int width, int height,
+                                  const Tev32f* taps, int kernelSize, Tev32f* scratch);
+TEV_WORKER void ownColConvolution(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, int width, int height,
+                                  const Tev32f* taps, int kernelSize, Tev32f* scratch);
