@@ -2,6 +2,7 @@
 // denominator.
 #pragma once
 
+#include "statistics/extended_sum.h"
 #include "statistics/norms.h"
 
 namespace tevcv {
@@ -83,55 +84,62 @@ struct LargestFloatDistance : LargestOfAll {
   Tev64f largest_ = 0;
 };
 
-// The selected elements of two float images and their differences; a left-out pixel is 0 in all three. The difference
-// of two floats is exact in double unless their exponents lie far apart; where that happens in a block, `exact` is
-// false and the differences are to be taken anew in extended precision.
-struct FloatDifferences {
-  Tev32f a[shortBlock];
-  Tev32f b[shortBlock];
-  Tev64f difference[shortBlock];
-  bool exact;
-
-  FloatDifferences(const Tev32f* src1, const Tev32f* src2, const Tev8u* mask, int n) {
-    for (int i = 0; i < n; ++i) a[i] = keptWhere(mask[i], src1[i]);
-    for (int i = 0; i < n; ++i) b[i] = keptWhere(mask[i], src2[i]);
-    // A difference d = x - y is exact if and only if d + y gives x and x - d gives y.
-    int inexact = 0;
-    for (int i = 0; i < n; ++i) {
-      const Tev64f x = a[i], y = b[i], d = x - y;
-      difference[i] = d;
-      inexact |= int{d + y != x} | int{x - d != y};
-    }
-    exact = inexact == 0;
-  }
-  Extended extended(int i) const { return Extended{a[i]} - Extended{b[i]}; }
-};
-
-// The terms of L1 and L2.
+// The terms of L1 and L2. A double whose last bits, those of `roundingBits`, are 0 has a term that is exact in double.
 struct Magnitude {
-  static Extended of(Extended x) { return std::fabs(x); }
+  static constexpr std::int64_t roundingBits = 0;
+  template <class Float>
+  static Float of(Float x) {
+    return std::fabs(x);
+  }
 };
 struct Square {
-  static Extended of(Extended x) { return x * x; }
+  static constexpr std::int64_t roundingBits = (1 << 27) - 1;  // 26 bits remain, and their square has 52
+  template <class Float>
+  static Float of(Float x) {
+    return x * x;
+  }
 };
 
-// Sum of the terms of a - b, one chain of extended additions in scan order through the whole region, never stored
-// before its end.
+// A sum of floats' terms in extended precision, in scan order through the whole region, never stored before its end.
 template <class Term, class Base>
-struct FloatDistanceSum : Base {
-  void add(const Tev32f* a, const Tev32f* b, const Tev8u* mask, int n) {
-    const FloatDifferences of(a, b, mask, n);
-    Extended sum = sum_;
-    if (of.exact)
-      for (int i = 0; i < n; ++i) sum += Term::of(of.difference[i]);
-    else
-      for (int i = 0; i < n; ++i) sum += Term::of(of.extended(i));
-    sum_ = sum;
-  }
-  Tev64f value() const { return static_cast<Tev64f>(sum_); }
+struct FloatSum {
+  using Value = Extended;
 
- private:
-  Extended sum_ = 0;
+  void endRow() {}
+  Value value() const { return sum_.value(); }
+  static Value merged(Value first, Value later) { return first + later; }
+  static Tev64f result(Value total) { return Base::result(static_cast<Tev64f>(total)); }
+
+ protected:
+  ExtendedSum sum_;
+};
+
+template <class Term, class Base>
+struct FloatDistanceSum : FloatSum<Term, Base> {
+  void add(const Tev32f* a, const Tev32f* b, const Tev8u* mask, int n) {
+    Tev64f term[shortBlock];
+    std::int64_t inexact = 0;
+    for (int i = 0; i < n; ++i) {
+      const Tev64f x = keptWhere(mask[i], a[i]), y = keptWhere(mask[i], b[i]), d = x - y;
+      term[i] = Term::of(d);
+      // The double d is the difference itself if and only if d + y gives x and x - d gives y.
+      inexact |= (d + y == x ? 0 : 1) | (x - d == y ? 0 : 1) | (std::bit_cast<std::int64_t>(d) & Term::roundingBits);
+    }
+    if (inexact == 0)
+      this->sum_.add(term, n);
+    else
+      this->sum_.addEach(
+          n, [=](int i) { return Term::of(Extended{keptWhere(mask[i], a[i])} - Extended{keptWhere(mask[i], b[i])}); });
+  }
+};
+
+template <class Term, class Base>
+struct FloatMagnitudeSum : FloatSum<Term, Base> {
+  void add(const Tev32f* p, const Tev8u* mask, int n) {
+    Tev64f term[shortBlock];
+    for (int i = 0; i < n; ++i) term[i] = Term::of(Tev64f{keptWhere(mask[i], p[i])});
+    this->sum_.add(term, n);
+  }
 };
 
 // ---- Norms of a difference. ----
@@ -150,7 +158,7 @@ TevStatus normDiff(const T* src1, int src1Step, const T* src2, int src2Step, con
   if (TevStatus s = checkPair(src1, src1Step, src2, src2Step, mask, maskStep, roi, channels, coi, pValue)) return s;
   const MaskedRegion<T, channels, 2> pair = {
       {rows(src1 + (coi - 1), src1Step), rows(src2 + (coi - 1), src2Step)}, rows(mask, maskStep), roi};
-  Tev64f total;
+  typename Measure<T>::Value total;
   if (TevStatus s = measureRegion<Measure<T>>(pair, gate, total)) return s;
   *pValue = Measure<T>::result(total);
   return tevStatusOk;
@@ -162,13 +170,13 @@ template <class Number>
 struct Ratio {
   Number numerator, denominator;
 
-  // The quotient's sums are divided once, in extended precision.
+  // One division, in extended precision. Sums of floats come to it as they are, unrounded.
   Tev64f quotient() const { return static_cast<Tev64f>(Extended{numerator} / Extended{denominator}); }
 };
 
 template <class Distances, class Magnitudes>
 struct Quotient {
-  using Value = Ratio<Tev64f>;
+  using Value = Ratio<typename Distances::Value>;
 
   template <class T>
   void add(const T* a, const T* b, const Tev8u* mask, int n) {
@@ -186,32 +194,6 @@ struct Quotient {
  private:
   Distances distances_;
   Magnitudes magnitudes_;
-};
-
-// Both sums of floats in one loop: two chains of additions take hardly longer than one. They stay in extended precision
-// to the division.
-template <class Term, class Base>
-struct FloatQuotient {
-  using Value = Ratio<Extended>;
-
-  void add(const Tev32f* a, const Tev32f* b, const Tev8u* mask, int n) {
-    const FloatDifferences of(a, b, mask, n);
-    Value sum = sum_;
-    for (int i = 0; i < n; ++i) {
-      sum.numerator += Term::of(of.exact ? Extended{of.difference[i]} : of.extended(i));
-      sum.denominator += Term::of(of.b[i]);
-    }
-    sum_ = sum;
-  }
-  void endRow() {}
-  Value value() const { return sum_; }
-  static Value merged(Value first, Value later) {
-    return {first.numerator + later.numerator, first.denominator + later.denominator};
-  }
-  static Tev64f result(Value total) { return Base::result(total.quotient()); }
-
- private:
-  Value sum_ = {0, 0};
 };
 
 template <template <class> class Measure, int channels, class T>

@@ -1,4 +1,5 @@
 // L1 norm of one image: the sum of the magnitudes under a mask.
+#include "statistics/extended_sum.h"
 #include "statistics/norms.h"
 #include "tevcv/statistics.h"
 
@@ -10,17 +11,15 @@ namespace {
 // double.
 struct FloatSum : SumOfAll {
   void add(const Tev32f* p, const Tev8u* mask, int n) {
-    Tev32f term[shortBlock];
+    Tev64f term[shortBlock];
     for (int i = 0; i < n; ++i) term[i] = std::bit_cast<Tev32f>(patternWhere(mask[i], p[i], magnitudeBits));
-    Extended sum = sum_;
-    for (int i = 0; i < n; ++i) sum += term[i];
-    sum_ = sum;
+    sum_.add(term, n);
   }
-  void endRow() { sum_ = static_cast<Tev64f>(sum_); }
-  Tev64f value() const { return static_cast<Tev64f>(sum_); }
+  void endRow() { sum_.storeAsDouble(); }
+  Tev64f value() const { return static_cast<Tev64f>(sum_.value()); }
 
  private:
-  Extended sum_ = 0;
+  ExtendedSum sum_;
 };
 
 template <class T>

@@ -7,8 +7,10 @@ using namespace tevcv;
 namespace {
 
 template <class T>
-using RelativeL1 = std::conditional_t<std::floating_point<T>, FloatQuotient<Magnitude, SumOfAll>,
-                                      Quotient<OfDistances<T, Sum>, OfMagnitudes<T, Sum>>>;
+using RelativeL1 =
+    std::conditional_t<std::floating_point<T>,
+                       Quotient<FloatDistanceSum<Magnitude, SumOfAll>, FloatMagnitudeSum<Magnitude, SumOfAll>>,
+                       Quotient<OfDistances<T, Sum>, OfMagnitudes<T, Sum>>>;
 
 }  // namespace
 

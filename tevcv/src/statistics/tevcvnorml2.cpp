@@ -1,4 +1,5 @@
 // L2 norm of one image: the root of the sum of squares under a mask.
+#include "statistics/extended_sum.h"
 #include "statistics/norms.h"
 #include "tevcv/statistics.h"
 
@@ -15,15 +16,13 @@ struct FloatSum : RootOfSum {
       const Tev64f value = keptWhere(mask[i], p[i]);
       term[i] = value * value;
     }
-    Extended sum = sum_;
-    for (int i = 0; i < n; ++i) sum += term[i];
-    sum_ = sum;
+    sum_.add(term, n);
   }
-  void endRow() { sum_ = static_cast<Tev64f>(sum_); }
-  Tev64f value() const { return static_cast<Tev64f>(sum_); }
+  void endRow() { sum_.storeAsDouble(); }
+  Tev64f value() const { return static_cast<Tev64f>(sum_.value()); }
 
  private:
-  Extended sum_ = 0;
+  ExtendedSum sum_;
 };
 
 template <class T>

@@ -7,8 +7,10 @@ using namespace tevcv;
 namespace {
 
 template <class T>
-using RelativeL2 = std::conditional_t<std::floating_point<T>, FloatQuotient<Square, RootOfSum>,
-                                      Quotient<OfDistances<T, SumOfSquares>, OfMagnitudes<T, SumOfSquares>>>;
+using RelativeL2 =
+    std::conditional_t<std::floating_point<T>,
+                       Quotient<FloatDistanceSum<Square, RootOfSum>, FloatMagnitudeSum<Square, RootOfSum>>,
+                       Quotient<OfDistances<T, SumOfSquares>, OfMagnitudes<T, SumOfSquares>>>;
 
 }  // namespace
 
