@@ -253,6 +253,57 @@ Image<T, channels> largeImage(Random& random, TevSize size) {
   return image;
 }
 
+// Long float sums are tried on data of several kinds, since how they round depends on it: whole numbers, fractions of
+// 24 bits, mixed magnitudes, a growing picture, few pixels of great weight, and a heavy first pixel whose sum is so
+// large that small ones lie half way between two of its neighbours again and again (for sums, and for sums of squares).
+constexpr int floatKinds = 7;
+inline Tev32f floatOfKind(Random& random, int kind, int drawn) {
+  const Tev32f heavy = random.oneIn(2) ? 1.0F : -1.0F;
+  switch (kind) {
+    case 0:
+      return static_cast<Tev32f>(random.between(-255, 255));
+    case 1:
+      return random.real(1.0F);
+    case 2:
+      return random.value<Tev32f>();
+    case 3:
+      return std::ldexp(random.real(1.0F), drawn / 2000);
+    case 4:
+      return random.oneIn(500) ? random.real(1e6F) : random.real(1e-3F);
+    case 5:
+      return drawn == 0 ? heavy * 0x1p16F : static_cast<Tev32f>(random.between(0, 63)) * 0x1p-51F;
+    default:
+      return drawn == 0 ? heavy * 0x1p9F : static_cast<Tev32f>(random.between(0, 63)) * 0x1p-26F;
+  }
+}
+inline Image<Tev32f> floatImage(Random& random, int kind, TevSize size) {
+  int drawn = 0;
+  return random.image<Tev32f>(size.width, size.height, [&] { return floatOfKind(random, kind, drawn++); });
+}
+
+inline void longSumsEqualTheChain(const OneImage<Tev32f>& member, Kind norm) {
+  Random random;
+  for (int kind = 0; kind < floatKinds; ++kind)
+    for (const TevSize size : {TevSize{1500, 60}, TevSize{90000, 1}, TevSize{7, 9000}}) {
+      const auto src = floatImage(random, kind, size);
+      auto mask = random.mask(size.width, size.height, 8);
+      mask.set(0, 0, 1);
+      EXPECT_TRUE(same(call(member, src, mask, 0), {tevStatusOk, normByDefinition(norm, src, mask, 0, 1)}))
+          << "data of kind " << kind << ", " << size.width << " x " << size.height;
+    }
+}
+inline void longSumsEqualTheChain(const TwoImages<Tev32f>& member, bool relative, Kind norm) {
+  Random random;
+  for (int kind = 0; kind < floatKinds; ++kind)
+    for (const TevSize size : {TevSize{1500, 60}, TevSize{90000, 1}, TevSize{7, 9000}}) {
+      const auto a = floatImage(random, kind, size), b = floatImage(random, kind, size);
+      auto mask = random.mask(size.width, size.height, 8);
+      mask.set(0, 0, 1);
+      EXPECT_TRUE(same(call(member, a, b, mask, 0), pairByDefinition(relative, norm, a, b, mask, 0, 1)))
+          << "data of kind " << kind << ", " << size.width << " x " << size.height;
+    }
+}
+
 // ---- Tests that every member passes. `relative` and `kind` say which norm it is. ----
 
 struct Norm {

@@ -57,4 +57,6 @@ TEST(NormL132f, SharesWithoutRowsAddNothing) {
   EXPECT_TRUE(same(call(std::get<3>(members), src, mask, 0), {tevStatusOk, expected}));
 }
 
+TEST(NormL132f, OfALargeRegionEqualsTheChainOfAdditions) { longSumsEqualTheChain(std::get<3>(members), Kind::L1); }
+
 TEST_NORM_FAMILY(NormL1, members, norm)

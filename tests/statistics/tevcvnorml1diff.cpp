@@ -39,4 +39,8 @@ TEST(NormDiffL132f, ALeftOutNanCountsForNothing) {
   EXPECT_TRUE(same(call(std::get<3>(members), a, b, grid<Tev8u>({{0, 1, 1, 0}}), 0), {tevStatusOk, inf}));
 }
 
+TEST(NormDiffL132f, OfALargeRegionEqualsTheChainOfAdditions) {
+  longSumsEqualTheChain(std::get<3>(members), false, Kind::L1);
+}
+
 TEST_NORM_FAMILY(NormDiffL1, members, norm)

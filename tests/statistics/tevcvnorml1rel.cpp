@@ -59,4 +59,8 @@ TEST(NormRelL1Denominator, OfZeroGivesAnInfinityOrNanAndAWarning) {
       members);
 }
 
+TEST(NormRelL132f, OfALargeRegionEqualsTheChainOfAdditions) {
+  longSumsEqualTheChain(std::get<3>(members), true, Kind::L1);
+}
+
 TEST_NORM_FAMILY(NormRelL1, members, norm)

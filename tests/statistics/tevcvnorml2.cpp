@@ -48,4 +48,6 @@ TEST(NormL232f, IsFiniteForTheLargestFloats) {
                    {tevStatusOk, normByDefinition(Kind::L2, src, grid<Tev8u>({{1, 1, 1}}), 0, 1)}));
 }
 
+TEST(NormL232f, OfALargeRegionEqualsTheChainOfAdditions) { longSumsEqualTheChain(std::get<3>(members), Kind::L2); }
+
 TEST_NORM_FAMILY(NormL2, members, norm)

@@ -35,4 +35,8 @@ TEST(NormDiffL232f, ALeftOutNanCountsForNothing) {
   EXPECT_TRUE(same(call(std::get<3>(members), a, b, grid<Tev8u>({{0, 1, 0, 1}}), 0), {tevStatusOk, quietNan}));
 }
 
+TEST(NormDiffL232f, OfALargeRegionEqualsTheChainOfAdditions) {
+  longSumsEqualTheChain(std::get<3>(members), false, Kind::L2);
+}
+
 TEST_NORM_FAMILY(NormDiffL2, members, norm)

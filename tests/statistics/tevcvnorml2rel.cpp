@@ -58,4 +58,8 @@ TEST(NormRelL2Denominator, OfZeroGivesAnInfinityOrNanAndAWarning) {
       members);
 }
 
+TEST(NormRelL232f, OfALargeRegionEqualsTheChainOfAdditions) {
+  longSumsEqualTheChain(std::get<3>(members), true, Kind::L2);
+}
+
 TEST_NORM_FAMILY(NormRelL2, members, norm)
