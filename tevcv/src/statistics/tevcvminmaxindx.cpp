@@ -48,27 +48,36 @@ struct Extremes {
   }
 };
 
-// Takes element x into a pair of extremes. Elements that the mask leaves out are read too and then replaced by the
-// extremes' own start, so that the loops run in vectors. `a < b ? a : b` is what a processor's minimum computes, NaN
-// included.
+// What element x offers as a minimum (`start` is initMin) or as a maximum (initMax): itself, or `start` where the mask
+// leaves it out. It is read in any case, which lets the loops run in vectors.
 template <class T, int channels, bool masked>
-inline void take(const T* p, const Tev8u* mask, int x, T& lo, T& hi) {
+T offer(const T* p, const Tev8u* mask, int x, T start) {
   const T value = p[std::ptrdiff_t{x} * channels];
-  if constexpr (masked) {
-    const T low = mask[x] != 0 ? value : initMin<T>, high = mask[x] != 0 ? value : initMax<T>;
-    lo = low < lo ? low : lo;
-    hi = high > hi ? high : hi;
+  if constexpr (!masked) {
+    return value;
+  } else if constexpr (std::is_integral_v<T>) {
+    const T keep = static_cast<T>(-int{mask[x] != 0});
+    return static_cast<T>((value & keep) | (start & ~keep));
   } else {
-    lo = value < lo ? value : lo;
-    hi = value > hi ? value : hi;
+    return mask[x] != 0 ? value : start;
   }
 }
 
-// Extremes of the rows from `first` to `end`, their rows counted from `first`. Sixty-four bytes' worth of columns run
-// side by side; which of them meets a value first does not matter, as positions are found later.
+// `a < b ? a : b` is what a processor's minimum computes, NaN included.
+template <class T, int channels, bool masked>
+void take(const T* p, const Tev8u* mask, int x, T& lo, T& hi) {
+  const T low = offer<T, channels, masked>(p, mask, x, initMin<T>);
+  const T high = offer<T, channels, masked>(p, mask, x, initMax<T>);
+  lo = low < lo ? low : lo;
+  hi = high > hi ? high : hi;
+}
+
+// Extremes of the rows from `first` to `end`, their rows counted from `first`. A few dozen columns run side by side;
+// which of them meets a value first does not matter, as positions are found later. (Sixteen or fewer would be unrolled
+// to scalars.)
 template <class T, int channels, bool masked>
 Extremes<T> scanRows(const Elements<T, channels, masked>& e, int first, int end) {
-  constexpr int lanes = 64 / int{sizeof(T)};
+  constexpr int lanes = sizeof(T) == 1 ? 64 : 32;
   Extremes<T> extremes;
   Tev8u anySelected = 0;
   for (int y = first; y < end; ++y) {
