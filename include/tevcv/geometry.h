@@ -10,6 +10,64 @@
  */
 
 /**
+ * @name Radial undistortion
+ * Removes a lens's radial distortion (and, in the map builder, tangential distortion). With the focal lengths `fx`,
+ * `fy` and the principal point (`cx`, `cy`), all in pixels, u = x - cx, v = y - cy and r2 = u^2 / fx^2 + v^2 / fy^2,
+ * the pixel (x, y) of the result comes from
+ *
+ *     sx = x + u * D,  sy = y + v * D,  D = k1 * r2 + k2 * r2^2
+ *
+ * of the source. The map builder writes these positions to two float maps without any test of bounds. With tangential
+ * coefficients, xn = u / fx, yn = v / fy, it takes
+ *
+ *     D = 2 * p2 * xn + 2 * p1 * yn + k1 * r2 + k2 * r2^2
+ *     xMap(x, y) = fx * p2 * r2 + x + u * D,  yMap(x, y) = fy * p1 * r2 + y + v * D.
+ *
+ * The warp samples the source where 0 <= sx < width - 1 and 0 <= sy < height - 1, and leaves every other pixel of `dst`
+ * as it was: a caller who wants a defined value there clears `dst` first. A sample mixes the four pixels around the
+ * position, with the fractions a = sx - floor(sx), b = sy - floor(sy):
+ *
+ *     a * b * src(x + 1, y + 1) + b * (1 - a) * src(x + 1, y) + (1 - a) * (1 - b) * src(x, y)
+ *         + a * (1 - b) * src(x, y + 1)
+ *
+ * The pixel to the right takes the vertical fraction and the pixel below the horizontal one, unlike the plain bilinear
+ * rule; images that callers have stored depend on it. Integer results are rounded by adding 0.5 and truncating.
+ *
+ * `buffer` may be null. Otherwise it holds what teviUndistortGetSize tells for the region, at any address, and the call
+ * keeps a table of its columns there, rounded to floats; the two ways may differ in the last bits of a position, and so
+ * by one in integer results. Images must not overlap.
+ *
+ * Literature: D. C. Brown, "Decentering distortion of lenses", Photogrammetric Engineering, 1966.
+ * @return #tevStatusNullPtr (an image, a map or `bufferSize`), #tevStatusBadSize (width or height below 1),
+ *         #tevStatusBadStep (a step shorter than the row), #tevStatusStepNotAligned (a step that is no multiple of the
+ *         element's size), #tevStatusBadArg (`fx` or `fy` zero or NaN), in that order.
+ * @{
+ */
+TEV_API TevStatus teviUndistortGetSize(TevSize roiSize, int* bufferSize);
+TEV_API TevStatus teviUndistortRadial_8u_C1R(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize roiSize,
+                                             Tev32f fx, Tev32f fy, Tev32f cx, Tev32f cy, Tev32f k1, Tev32f k2,
+                                             Tev8u* buffer);
+TEV_API TevStatus teviUndistortRadial_16u_C1R(const Tev16u* src, int srcStep, Tev16u* dst, int dstStep, TevSize roiSize,
+                                              Tev32f fx, Tev32f fy, Tev32f cx, Tev32f cy, Tev32f k1, Tev32f k2,
+                                              Tev8u* buffer);
+TEV_API TevStatus teviUndistortRadial_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, TevSize roiSize,
+                                              Tev32f fx, Tev32f fy, Tev32f cx, Tev32f cy, Tev32f k1, Tev32f k2,
+                                              Tev8u* buffer);
+TEV_API TevStatus teviUndistortRadial_8u_C3R(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize roiSize,
+                                             Tev32f fx, Tev32f fy, Tev32f cx, Tev32f cy, Tev32f k1, Tev32f k2,
+                                             Tev8u* buffer);
+TEV_API TevStatus teviUndistortRadial_16u_C3R(const Tev16u* src, int srcStep, Tev16u* dst, int dstStep, TevSize roiSize,
+                                              Tev32f fx, Tev32f fy, Tev32f cx, Tev32f cy, Tev32f k1, Tev32f k2,
+                                              Tev8u* buffer);
+TEV_API TevStatus teviUndistortRadial_32f_C3R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, TevSize roiSize,
+                                              Tev32f fx, Tev32f fy, Tev32f cx, Tev32f cy, Tev32f k1, Tev32f k2,
+                                              Tev8u* buffer);
+TEV_API TevStatus teviCreateMapCameraUndistort_32f_C1R(Tev32f* xMap, int xMapStep, Tev32f* yMap, int yMapStep,
+                                                       TevSize roiSize, Tev32f fx, Tev32f fy, Tev32f cx, Tev32f cy,
+                                                       Tev32f k1, Tev32f k2, Tev32f p1, Tev32f p2, Tev8u* buffer);
+/** @} */
+
+/**
  * @name Copy at a fractional offset
  * dst(x, y) is the source between (x, y) and (x + 1, y + 1), at the fractions of `dx` and `dy`: bilinear interpolation.
  * `src` points at the integer position; whole parts of the offsets play no role, and -0.25 has the fraction 0.75. `src`

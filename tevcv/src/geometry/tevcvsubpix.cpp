@@ -6,14 +6,14 @@
 // Integer members weigh in fixed point (FixedMix), float members in extended precision (FloatMix). A mix knows the
 // weights of one call and offers the four blends that a rectangle needs; copyRectangle below lays them out in bands.
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdint>
-#include <limits>
+#include <type_traits>
 
 #include "frame/arithmetic.h"
 #include "frame/checks.h"
 #include "frame/rows.h"
+#include "geometry/guarded.h"
 #include "tevcv/geometry.h"
 #include "tevcv_internal/geometry.h"
 
@@ -89,32 +89,8 @@ class FixedMix {
   unsigned shift_, half_;
 };
 
-// Stores exact(x) for each x, by way of value(x): the same sum in double, and bound(x): how far the double may be off.
-// Where both ends of that range round to one float, extended precision gives it too; a block with any other element is
-// redone by the definition. A NaN or an infinity never passes.
-template <class Approximate, class Exact>
-void storeGuarded(Tev32f* __restrict d, int width, Approximate approximate, Exact exact) {
-  constexpr int block = 64;
-  for (int first = 0; first < width; first += block) {
-    const int count = std::min(block, width - first);
-    std::uint32_t doubtful = 0;
-    for (int i = 0; i < count; ++i) {
-      const auto [value, bound] = approximate(first + i);
-      const auto low = static_cast<Tev32f>(value - bound), high = static_cast<Tev32f>(value + bound);
-      d[first + i] = high;
-      doubtful |= (std::bit_cast<std::uint32_t>(low) ^ std::bit_cast<std::uint32_t>(high)) |
-                  std::uint32_t{!(bound <= std::numeric_limits<Tev64f>::max())};
-    }
-    if (doubtful != 0)
-      for (int i = 0; i < count; ++i) d[first + i] = exact(first + i);
-  }
-}
-
-// A double and its greatest possible error. A sum of four products of a pixel and at most two weights, every step
-// rounded to double, is off by less than 2^-49 of the sum of the terms' magnitudes.
-struct Guarded {
-  Tev64f value, bound;
-};
+// A sum of four products of a pixel and at most two weights, every step rounded to double, is off by less than this
+// part of the sum of the terms' magnitudes.
 constexpr Tev64f unit = 0x1p-49;
 
 template <class S>
