@@ -10,9 +10,11 @@
 //         image rows              ring of k + 15 rows            output rows
 //     y + 1 .. y + 16  --row-->  x  x  x  .  .  .  x  --column-->  y .. y + 15
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "frame/arithmetic.h"
@@ -89,50 +91,97 @@ Tev64f absoluteDot(Taps<tap...>, At at) {
 
 // ---- Float sums ----
 //
-// A float result is a sum in extended precision, rounded once. Terms and partial sums in double are off from it by at
-// most a few times 2^-53 of the sum of all magnitudes, so where s - bound and s + bound round to the same float, that
-// is the result. An element where they do not (a tie, or a NaN or infinity) sends its block through extended precision.
+// A float result is a sum in extended precision, rounded once. Three faster ways give the same bits:
+//
+// 1. Whole numbers of moderate size, as an image has that was made from bytes: every sum is exact in float.
+// 2. Values whose exponents lie close together: every sum is exact in double.
+// 3. Otherwise the sum in double is off by at most a few times 2^-53 of the sum of all magnitudes. Where sum - bound
+// and
+//    sum + bound round to the same float, that is the result; an element where they do not (a tie, or a NaN or an
+//    infinity) sends its block through extended precision.
 
-struct Estimate {
-  Tev64f sum;
-  Tev64f magnitude;  // of all terms together
+// What is known of the values that go into sums.
+class Range {
+ public:
+  void take(const Tev32f* values, int n) {
+    std::int32_t largest = largest_, smallest = smallest_, broken = broken_;
+    for (int i = 0; i < n; ++i) {
+      const Tev32f v = values[i], low = v > -wholeLimit ? v : -wholeLimit, near = low < wholeLimit ? low : wholeLimit;
+      broken |= static_cast<Tev32f>(static_cast<int>(near)) != v;
+      const std::int32_t magnitude = std::bit_cast<std::int32_t>(v) & 0x7FFFFFFF;
+      largest = std::max(largest, magnitude);
+      smallest = std::min(smallest, (magnitude - 1) & 0x7FFFFFFF);  // a zero has no smallest bit
+    }
+    largest_ = largest;
+    smallest_ = smallest;
+    broken_ = broken;
+  }
+
+  void join(const Range& other) {
+    largest_ = std::max(largest_, other.largest_);
+    smallest_ = std::min(smallest_, other.smallest_);
+    broken_ |= other.broken_;
+  }
+
+  // The kernels' taps together weigh at most 16, and one more value may be added.
+  bool sumsAreExactInFloat() const { return !broken_; }
+  // 24 bits of the smallest value, the distance to the largest, 5 bits for the sum of the taps: 53 in all.
+  bool sumsAreExactInDouble() const { return largest_ < 0x7F800000 && (largest_ >> 23) - (smallest_ >> 23) <= 23; }
+
+ private:
+  static constexpr Tev32f wholeLimit = 1 << 19;
+
+  std::int32_t largest_ = 0;            // bit patterns order as magnitudes do
+  std::int32_t smallest_ = 0x7FFFFFFF;  // less one
+  std::int32_t broken_ = 0;             // not 0 where a value is no whole number within the limit
 };
 
 // Far above the error of six additions and a product, and still so small that it decides one element in a million.
 constexpr Tev64f relativeBound = 0x1p-49;
 
-// dst[x] = the float that exact(x) rounds to, with estimate(x) for a guess. The block's results are kept apart until
-// they stand, since exact(x) may read dst[x].
-template <class Guess, class Exact>
-void roundedSums(Tev32f* dst, int width, Guess estimate, Exact exact) {
+// dst[x] = the float that sum(Extended{}, x) rounds to, by way 3; magnitude(x) is that of all its terms together. The
+// block's results are kept apart until they stand, since a sum may read dst[x].
+template <class Sum, class Magnitude>
+void guardedSums(Tev32f* dst, int width, Sum sum, Magnitude magnitude) {
   constexpr int block = 64;
   for (int first = 0; first < width; first += block) {
     const int n = std::min(block, width - first);
     Tev32f result[block];
-    int undecided = 0;
+    std::uint32_t undecided = 0;
     for (int i = 0; i < n; ++i) {
-      const Estimate guess = estimate(first + i);
-      const Tev64f bound = guess.magnitude * relativeBound;
-      const auto low = static_cast<Tev32f>(guess.sum - bound), high = static_cast<Tev32f>(guess.sum + bound);
-      undecided |= low != high;
+      const Tev64f guess = sum(Tev64f{}, first + i), bound = magnitude(first + i) * relativeBound;
+      const auto low = static_cast<Tev32f>(guess - bound), high = static_cast<Tev32f>(guess + bound);
+      // Of zeros the sign counts too, and infinities and NaNs are no numbers to compare.
+      undecided |= std::bit_cast<std::uint32_t>(low) ^ std::bit_cast<std::uint32_t>(high);
+      undecided |= bound < std::numeric_limits<Tev64f>::infinity() ? 0U : 1U;
       result[i] = high;
     }
-    if (undecided)
-      for (int i = 0; i < n; ++i) result[i] = static_cast<Tev32f>(exact(first + i));
+    if (undecided != 0)
+      for (int i = 0; i < n; ++i) result[i] = static_cast<Tev32f>(sum(Extended{}, first + i));
     std::memcpy(dst + first, result, static_cast<std::size_t>(n) * sizeof(Tev32f));
+  }
+}
+
+// The same by the fastest of the three ways that the values allow.
+template <class Sum, class Magnitude>
+void roundedSums(Tev32f* dst, int width, const Range& range, Sum sum, Magnitude magnitude) {
+  if (range.sumsAreExactInFloat()) {
+#pragma GCC ivdep
+    for (int x = 0; x < width; ++x) dst[x] = sum(Tev32f{}, x);
+  } else if (range.sumsAreExactInDouble()) {
+#pragma GCC ivdep
+    for (int x = 0; x < width; ++x) dst[x] = static_cast<Tev32f>(sum(Tev64f{}, x));
+  } else {
+    guardedSums(dst, width, sum, magnitude);
   }
 }
 
 // dst[x] = dot product of the taps with at(0, x), at(1, x), ...
 template <class Kernel, class At>
-void roundedDots(Tev32f* dst, int width, At at) {
+void roundedDots(Tev32f* dst, int width, const Range& range, At at) {
   roundedSums(
-      dst, width,
-      [&](int x) {
-        const auto value = [&](int j) { return at(j, x); };
-        return Estimate{dot<Tev64f>(Kernel{}, value), absoluteDot(Kernel{}, value)};
-      },
-      [&](int x) { return dot<Extended>(Kernel{}, [&](int j) { return at(j, x); }); });
+      dst, width, range, [&]<class V>(V, int x) { return dot<V>(Kernel{}, [&](int j) { return at(j, x); }); },
+      [&](int x) { return absoluteDot(Kernel{}, [&](int j) { return at(j, x); }); });
 }
 
 // A difference of two floats rounds to the same float from extended precision as directly. What is added to it is what
@@ -150,19 +199,21 @@ template <class Kernel>
 struct Row {
   static constexpr int size = Kernel::size;
 
-  static void run(const Tev8u* e, Tev16s* dst, int width, int) {
+  static constexpr bool isDifference = std::is_same_v<Kernel, Dx3> || std::is_same_v<Kernel, DxNeg3>;
+
+  static void run(const Tev8u* e, Tev16s* dst, int width, int, const Range&) {
 #pragma GCC ivdep
     for (int x = 0; x < width; ++x) dst[x] = static_cast<Tev16s>(dot<int>(Kernel{}, [&](int j) { return e[x + j]; }));
   }
 
-  static void run(const Tev32f* e, Tev32f* dst, int width, int) {
+  static void run(const Tev32f* e, Tev32f* dst, int width, int, const Range& range) {
     const auto at = [e](int j, int x) { return e[x + j]; };
-    if constexpr (std::is_same_v<Kernel, Dx3>)
-      roundedDifferences(dst, width, 2, 0, at);
-    else if constexpr (std::is_same_v<Kernel, DxNeg3>)
-      roundedDifferences(dst, width, 0, 2, at);
-    else
-      roundedDots<Kernel>(dst, width, at);
+    if constexpr (isDifference) {
+      constexpr int plus = std::is_same_v<Kernel, Dx3> ? 2 : 0;
+      roundedDifferences(dst, width, plus, 2 - plus, at);
+    } else {
+      roundedDots<Kernel>(dst, width, range, at);
+    }
   }
 };
 
@@ -170,9 +221,10 @@ struct Row {
 // the middle one. One float operation each, so float arithmetic rounds them as extended precision does.
 struct PairedRow {
   static constexpr int size = 3;
+  static constexpr bool isDifference = true;
 
   template <class Src, class Mid>
-  static void run(const Src* e, Mid* dst, int width, int part) {
+  static void run(const Src* e, Mid* dst, int width, int part, const Range&) {
 #pragma GCC ivdep
     for (int x = 0; x < width; ++x) {
       dst[x] = static_cast<Mid>(e[x] + e[x + 2]);
@@ -189,8 +241,8 @@ constexpr int partLength(int width) {
 }
 
 template <class Kernel, class Src, class Mid>
-[[gnu::noinline]] void runRow(const Src* e, Mid* dst, int width, int part) {
-  Kernel::run(e, dst, width, part);
+[[gnu::noinline]] void runRow(const Src* e, Mid* dst, int width, int part, const Range& range) {
+  Kernel::run(e, dst, width, part, range);
 }
 
 // Windows that lie in the row are read in place; the few that reach over an end are gathered by the border rule.
@@ -204,16 +256,21 @@ TevStatus rowStage(const Src* src, Mid* const* ppDst, int srcStep, int anchor, i
     const Src* const row = src + std::ptrdiff_t{y} * srcStep;
     Mid* const dst = ppDst[y];
     if (!dst) return tevStatusNullPtr;
+    Range range;
+    if constexpr (std::is_same_v<Src, Tev32f> && !Kernel::isDifference) {
+      range.take(row, width);
+      range.take(&borderValue, borderType == tevBorderConst);
+    }
     const auto gathered = [&](int x) {
       Src e[k];
       for (int j = 0; j < k; ++j) {
         const int i = borderIndex(x - anchor + j, width, borderType);
         e[j] = i < 0 ? borderValue : row[i];
       }
-      runRow<Kernel>(e, dst + x, 1, part);
+      runRow<Kernel>(e, dst + x, 1, part, range);
     };
     for (int x = 0; x < first; ++x) gathered(x);
-    if (first < last) runRow<Kernel>(row + (first - anchor), dst + first, last - first, part);
+    if (first < last) runRow<Kernel>(row + (first - anchor), dst + first, last - first, part, range);
     for (int x = last; x < width; ++x) gathered(x);
   }
   return tevStatusOk;
@@ -221,60 +278,54 @@ TevStatus rowStage(const Src* src, Mid* const* ppDst, int srcStep, int anchor, i
 
 // ---- Column stages ----
 
-// A column of 16-bit rows: the dot product in 16-bit arithmetic, wrapping (the taps are so small that no sum of theirs
-// leaves 32 bits).
+// A column kernel gives the sum at x of k rows in 16-bit arithmetic, wrapping (the taps are so small that no sum of
+// theirs leaves 32 bits), and runs over float rows.
 template <class Kernel>
 struct Column {
   static constexpr int size = Kernel::size;
+  static constexpr bool isDifference = std::is_same_v<Kernel, Dx3>;
 
   static Tev16s sum(const Tev16s* const* rows, int x, int) {
     return static_cast<Tev16s>(dot<int>(Kernel{}, [&](int j) { return rows[j][x]; }));
   }
 
-  static void run(const Tev32f* const* rows, Tev32f* dst, int width, int) {
-    const auto at = [rows](int j, int x) { return rows[j][x]; };
-    if constexpr (std::is_same_v<Kernel, Dx3>)
+  static void run(const Tev32f* const (&rows)[size], Tev32f* dst, int width, int, const Range& range) {
+    const auto at = [&](int j, int x) { return rows[j][x]; };
+    if constexpr (isDifference)
       roundedDifferences(dst, width, 2, 0, at);
     else
-      roundedDots<Kernel>(dst, width, at);
+      roundedDots<Kernel>(dst, width, range, at);
   }
 };
 
 // The column of the 3x3 Laplacian over the two parts of its rows: 2 0 2 / 0 -8 0 / 2 0 2.
 struct PairedColumn {
   static constexpr int size = 3;
+  static constexpr bool isDifference = false;
 
   static Tev16s sum(const Tev16s* const* rows, int x, int part) {
     return static_cast<Tev16s>((rows[0][x] + rows[2][x]) * 2 - rows[1][part + x]);
   }
 
-  static void run(const Tev32f* const* rows, Tev32f* dst, int width, int part) {
+  static void run(const Tev32f* const (&rows)[size], Tev32f* dst, int width, int part, const Range& range) {
     const auto sum = [&]<class V>(V, int x) { return (V{rows[0][x]} + V{rows[2][x]}) * 2 - V{rows[1][part + x]}; };
     const auto magnitude = [&](int x) {
       return (std::fabs(Tev64f{rows[0][x]}) + std::fabs(Tev64f{rows[2][x]})) * 2 + std::fabs(Tev64f{rows[1][part + x]});
     };
-    roundedSums(
-        dst, width,
-        [&](int x) {
-          return Estimate{sum(Tev64f{}, x), magnitude(x)};
-        },
-        [&](int x) { return sum(Extended{}, x); });
+    roundedSums(dst, width, range, sum, magnitude);
   }
 };
 
 // The second pass of the 5x5 Laplacian adds its column to what the first left in the destination.
 struct AddedSobel5 : Column<Sobel5> {
-  static void run(const Tev32f* const* rows, Tev32f* dst, int width, int) {
+  static void run(const Tev32f* const (&rows)[size], Tev32f* dst, int width, int, const Range& rowsRange) {
+    Range range = rowsRange;
+    range.take(dst, width);
     const auto sum = [&]<class V>(V, int x) { return dot<V>(Sobel5{}, [&](int j) { return rows[j][x]; }) + V{dst[x]}; };
     const auto magnitude = [&](int x) {
       return absoluteDot(Sobel5{}, [&](int j) { return rows[j][x]; }) + std::fabs(Tev64f{dst[x]});
     };
-    roundedSums(
-        dst, width,
-        [&](int x) {
-          return Estimate{sum(Tev64f{}, x), magnitude(x)};
-        },
-        [&](int x) { return sum(Extended{}, x); });
+    roundedSums(dst, width, range, sum, magnitude);
   }
 };
 
@@ -284,21 +335,21 @@ struct AddedSobel5 : Column<Sobel5> {
 template <class Kernel>
 struct Average {
   static constexpr int size = Kernel::size;
+  static constexpr bool isDifference = false;
   static constexpr Tev32f weight = size == 3 ? 0.11111111F : 0.04F;
 
   static int mean(int sum) { return size == 3 ? (sum * 7280 + 36400) >> 16 : (sum * 2621) >> 16; }
 
-  static void run(const Tev32f* const* rows, Tev32f* dst, int width, int) {
+  static void run(const Tev32f* const (&rows)[size], Tev32f* dst, int width, int, const Range& range) {
     const auto sum = [&]<class V>(V, int x) { return dot<V>(Kernel{}, [&](int j) { return rows[j][x]; }) * V{weight}; };
     const auto magnitude = [&](int x) {
       return absoluteDot(Kernel{}, [&](int j) { return rows[j][x]; }) * Tev64f{weight};
     };
-    roundedSums(
-        dst, width,
-        [&](int x) {
-          return Estimate{sum(Tev64f{}, x), magnitude(x)};
-        },
-        [&](int x) { return sum(Extended{}, x); });
+    // Where the sum is exact in double, its product with the weight is not; it alone needs the guard then.
+    if (!range.sumsAreExactInFloat() && range.sumsAreExactInDouble())
+      guardedSums(dst, width, sum, [&](int x) { return std::fabs(sum(Tev64f{}, x)); });
+    else
+      roundedSums(dst, width, range, sum, magnitude);
   }
 };
 
@@ -389,8 +440,21 @@ TevStatus columnStage(const Tev16s* const* ppSrc, Tev8u* dst, int dstStep, int w
 
 template <class Kernel>
 TevStatus columnStage(const Tev32f* const* ppSrc, Tev32f* dst, int dstStep, int width, int rows) {
-  return forEachRow<Kernel::size>(ppSrc, dst, dstStep, width, rows, [=](const auto& above, Tev32f* out, int part) {
-    Kernel::run(above, out, width, part);
+  constexpr int k = Kernel::size;
+  Range ranges[k];  // of the last k rows, so that each row is looked at once
+  int taken = 0;
+  return forEachRow<k>(ppSrc, dst, dstStep, width, rows, [&](const auto& above, Tev32f* out, int part) {
+    Range range;
+    if constexpr (!Kernel::isDifference) {
+      // The first output row takes k rows, each further one its last.
+      for (int j = taken == 0 ? 0 : k - 1; j < k; ++j, ++taken) {
+        ranges[taken % k] = {};
+        ranges[taken % k].take(above[j], width);
+      }
+      for (const Range& each : ranges) range.join(each);
+      if constexpr (std::is_same_v<Kernel, PairedColumn>) range.take(above[1] + part, width);
+    }
+    Kernel::run(above, out, width, part, range);
   });
 }
 
