@@ -167,6 +167,54 @@ TEV_API TevStatus teviPyrUp_Gauss5x5_32f_C3R(const Tev32f* src, int srcStep, Tev
                                              Tev8u* buffer);
 /** @} */
 
+/**
+ * @name Layer resampling
+ * Move an image of `srcRoi` pixels one level down or up, to `dstRoi` pixels, with a layer state made for that direction
+ * and element type and for a region no smaller than `srcRoi`.
+ *
+ * Down: the image, reflected about its outermost pixels, is smoothed by the state's kernel in both directions, then
+ * dst(x, y) is interpolated linearly at (x * rate, y * rate); at rates from 1.99998 to 2.00002 it is the pixel at
+ * (2x, 2y). `dstRoi` is what #teviGetPyramidDownROI gives. Images that the kernel's size covers in a dimension are
+ * smoothed with another rounding than larger ones (each product of a row is truncated, not their sum).
+ *
+ * Up: each source pixel is spread around (x * rate, y * rate) by the kernel, interpolated at the position's fraction,
+ * and each destination pixel is divided by the weight that it has received; a pixel that no weight reaches becomes 0.
+ * `dstRoi` lies in the range of #teviGetPyramidUpROI. A constant image stays constant. The call allocates one block and
+ * frees it.
+ *
+ * Float layers round the smoothed rows, the smoothed image, and each step of the interpolation and of the spreading to
+ * float; sums in between are extended.
+ * @return #tevStatusNullPtr, #tevStatusBadSize (`srcRoi` below 1), #tevStatusBadStep (a step shorter than the row of
+ *         its image), #tevStatusStepNotAligned (16u and 32f), #tevStatusBadArg (the state's rate), #tevStatusBadSize
+ *         (`dstRoi`), #tevStatusNoMemory (up only), in that order.
+ * @{
+ */
+TEV_API TevStatus teviPyramidLayerDown_8u_C1R(const Tev8u* src, int srcStep, TevSize srcRoi, Tev8u* dst, int dstStep,
+                                              TevSize dstRoi, TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerDown_8u_C3R(const Tev8u* src, int srcStep, TevSize srcRoi, Tev8u* dst, int dstStep,
+                                              TevSize dstRoi, TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerDown_16u_C1R(const Tev16u* src, int srcStep, TevSize srcRoi, Tev16u* dst, int dstStep,
+                                               TevSize dstRoi, TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerDown_16u_C3R(const Tev16u* src, int srcStep, TevSize srcRoi, Tev16u* dst, int dstStep,
+                                               TevSize dstRoi, TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerDown_32f_C1R(const Tev32f* src, int srcStep, TevSize srcRoi, Tev32f* dst, int dstStep,
+                                               TevSize dstRoi, TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerDown_32f_C3R(const Tev32f* src, int srcStep, TevSize srcRoi, Tev32f* dst, int dstStep,
+                                               TevSize dstRoi, TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUp_8u_C1R(const Tev8u* src, int srcStep, TevSize srcRoi, Tev8u* dst, int dstStep,
+                                            TevSize dstRoi, TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUp_8u_C3R(const Tev8u* src, int srcStep, TevSize srcRoi, Tev8u* dst, int dstStep,
+                                            TevSize dstRoi, TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUp_16u_C1R(const Tev16u* src, int srcStep, TevSize srcRoi, Tev16u* dst, int dstStep,
+                                             TevSize dstRoi, TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUp_16u_C3R(const Tev16u* src, int srcStep, TevSize srcRoi, Tev16u* dst, int dstStep,
+                                             TevSize dstRoi, TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUp_32f_C1R(const Tev32f* src, int srcStep, TevSize srcRoi, Tev32f* dst, int dstStep,
+                                             TevSize dstRoi, TevPyramidLayerState* pState);
+TEV_API TevStatus teviPyramidLayerUp_32f_C3R(const Tev32f* src, int srcStep, TevSize srcRoi, Tev32f* dst, int dstStep,
+                                             TevSize dstRoi, TevPyramidLayerState* pState);
+/** @} */
+
 /** @} */
 
 #endif
