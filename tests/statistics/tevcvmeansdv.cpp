@@ -110,6 +110,16 @@ TYPED_TEST(MeanStdDev, OfAConstantImageIsZero) {
   EXPECT_EQ(of(Image<TypeParam, 3>(61, 13).fill(101), 1), (Moments{101, 0}));
 }
 
+TEST(MeanStdDevExample, LongRowsOfTheLargestElementsDoNotOverflow) {
+  const auto m = Image<Tev8u>(100000, 1).fill(255).clone();
+  EXPECT_EQ(of(Image<Tev8u>(100000, 1).fill(255)), (Moments{255, 0}));
+  EXPECT_EQ(of(Image<Tev8u>(100000, 1).fill(255), m), (Moments{255, 0}));
+  EXPECT_EQ(of(Image<Tev8u, 3>(100000, 1).fill(255), m, 3), (Moments{255, 0}));
+  EXPECT_EQ(of(Image<Tev8s>(100000, 1).fill(-128)), (Moments{-128, 0}));
+  EXPECT_EQ(of(Image<Tev8s, 3>(100000, 1).fill(-128), 2), (Moments{-128, 0}));
+  EXPECT_EQ(of(Image<Tev16u>(100000, 1).fill(0), m), (Moments{0, 0}));
+}
+
 TEST(MeanStdDevExample, TheOffsetOf16uLosesNothing) {
   EXPECT_EQ(of(Image<Tev16u>(257, 101).fill(65535)), (Moments{65535, 0}));
   EXPECT_EQ(of(Image<Tev16u>(257, 101).fill(0)), (Moments{0, 0}));

@@ -68,28 +68,72 @@ int countSelected(const Tev8u* mask, int width) {
   return count;
 }
 
+// Sums of a run of elements that is short enough for 32-bit words: 32640 * 65025 is below 2^31.
+inline constexpr int longestRun = 32640;
+template <class T>
+struct RunSums {
+  int sum = 0, selected = 0;
+  std::conditional_t<sizeof(T) == 1, int, std::int64_t> squares = 0;  // about squareOffset<T>
+};
+
+template <bool withSquares, class T, int channels, bool masked>
+void addRun(const T* p, const Tev8u* mask, int count, RunSums<T>& sums) {
+  int sum = 0;
+  decltype(sums.squares) squares = 0;
+  for (int x = 0; x < count; ++x) {
+    const int kept = (p[std::ptrdiff_t{x} * channels] - squareOffset<T>)&keep<masked>(mask, x);
+    sum += kept;
+    if constexpr (withSquares) squares += kept * kept;
+  }
+  const int selected = countSelected<masked>(mask, count);
+  sums.sum += sum + squareOffset<T> * selected;
+  sums.squares += squares;
+  sums.selected += selected;
+}
+
+// The same for 128 adjacent bytes, in the forms that vector units have: squares as products of 16-bit words, the sum as
+// distances of unsigned bytes from what the mask leaves out of them. The bytes are x + 128 for signed x and 255 - x for
+// unsigned x (x itself would let the compiler see through the distances and leave them).
+inline constexpr int blockLength = 128;
+
+template <bool withSquares, bool masked, class T>
+void addBlock(const T* p, const Tev8u* mask, RunSums<T>& sums) {
+  constexpr Tev8u flip = std::is_signed_v<T> ? 128 : 255;
+  Tev16s kept[blockLength];
+  Tev8u all[blockLength], left[blockLength];
+  for (int x = 0; x < blockLength; ++x) {
+    all[x] = static_cast<Tev8u>(p[x] ^ flip);
+    left[x] = static_cast<Tev8u>((p[x] ^ flip) & ~keep<masked, Tev8s>(mask, x));
+  }
+  int sum = 0, squares = 0;
+  for (int x = 0; x < blockLength; ++x) sum += std::abs(all[x] - left[x]);
+  if constexpr (withSquares) {
+    for (int x = 0; x < blockLength; ++x) kept[x] = static_cast<Tev16s>(p[x] & keep<masked, Tev16s>(mask, x));
+    for (int x = 0; x < blockLength; ++x) squares += kept[x] * kept[x];
+  }
+  Tev8u selected = masked ? 0 : blockLength;
+  if constexpr (masked)
+    for (int x = 0; x < blockLength; ++x) selected = static_cast<Tev8u>(selected + (mask[x] != 0));
+  sums.sum += std::is_signed_v<T> ? sum - flip * selected : flip * selected - sum;
+  sums.squares += squares;
+  sums.selected += selected;
+}
+
 template <bool withSquares, class T, int channels, bool masked>
 void addIntegerRow(const T* p, const Tev8u* mask, int width, Sums<T>& sums) {
-  // Chunks keep the inner sums in 32 bits: 32768 elements below 2^16 in magnitude; squares of bytes likewise. Squares
-  // of 16-bit elements take 30 bits each and are added in 64.
-  constexpr int chunk = 32768;
   std::int64_t rowSquares = 0;
-  for (int first = 0; first < width; first += chunk) {
-    const int count = std::min(chunk, width - first);
-    const T* const q = p + std::ptrdiff_t{first} * channels;
-    const Tev8u* const m = masked ? mask + first : nullptr;
-    int sum = 0;
-    std::conditional_t<sizeof(T) == 1, std::uint32_t, std::int64_t> squares = 0;
-    for (int x = 0; x < count; ++x) {
-      const int value = q[std::ptrdiff_t{x} * channels] - squareOffset<T>;
-      const int kept = value & keep<masked>(m, x);
-      sum += kept;
-      if constexpr (withSquares) squares += static_cast<std::uint32_t>(kept * kept);
-    }
-    const int selected = countSelected<masked>(m, count);
-    sums.sum += sum + std::int64_t{squareOffset<T>} * selected;
-    sums.count += selected;
-    rowSquares += squares;
+  for (int first = 0; first < width; first += longestRun) {
+    const int end = std::min(longestRun, width - first) + first;
+    RunSums<T> run;
+    int x = first;
+    if constexpr (sizeof(T) == 1 && channels == 1)
+      for (; x + blockLength <= end; x += blockLength)
+        addBlock<withSquares, masked>(p + x, masked ? mask + x : nullptr, run);
+    addRun<withSquares, T, channels, masked>(p + std::ptrdiff_t{x} * channels, masked ? mask + x : nullptr, end - x,
+                                             run);
+    sums.sum += run.sum;
+    sums.count += run.selected;
+    rowSquares += run.squares;
   }
   sums.squares += static_cast<Tev64f>(rowSquares);
 }
