@@ -31,12 +31,12 @@ template <class T>
 inline constexpr bool exactInFloat = sizeof(T) == 1;  // and its square and product with its like
 
 // An integer term under a mask: all bits of it, or none.
-template <bool masked>
-std::uint32_t keep(const Tev8u* mask, int x) {
+template <bool masked, class Word = std::uint32_t>
+Word keep(const Tev8u* mask, int x) {
   if constexpr (masked)
-    return mask[x] != 0 ? ~0U : 0U;
+    return static_cast<Word>(-int{mask[x] != 0});
   else
-    return ~0U;
+    return static_cast<Word>(-1);
 }
 
 // A float factor under a mask.
@@ -50,9 +50,10 @@ Tev32f coefficient(const Tev8u* mask, int x) {
 
 // Rows run in blocks: quick(first, count, sums) gives the sums of a block, or false where one of them is in doubt; then
 // definition(x) gives each. Sums are kept apart until then, since the accumulator may be a source.
+inline constexpr int blockLength = 64;
+
 template <class Quick, class Definition>
 void addInBlocks(Tev32f* a, int width, Quick quick, Definition definition) {
-  constexpr int blockLength = 64;
   Tev32f sums[blockLength];
   for (int first = 0; first < width; first += blockLength) {
     const int count = std::min(blockLength, width - first);
@@ -103,14 +104,20 @@ void addRow(const S* s, const Tev8u* mask, Tev32f* a, int width) {
 // so stay finite until they meet the mask.
 template <bool masked, class S>
 void addProductRow(const S* s1, const S* s2, const Tev8u* mask, Tev32f* a, int width) {
-  if constexpr (exactInFloat<S>) {
+  if constexpr (exactInFloat<S> && !masked) {
 #pragma GCC ivdep
-    for (int x = 0; x < width; ++x) {
-      if constexpr (masked)
-        a[x] +=
-            static_cast<Tev32f>(static_cast<Tev32s>(static_cast<std::uint32_t>(s1[x] * s2[x]) & keep<masked>(mask, x)));
-      else
-        a[x] += static_cast<Tev32f>(s1[x]) * static_cast<Tev32f>(s2[x]);
+    for (int x = 0; x < width; ++x) a[x] += static_cast<Tev32f>(s1[x]) * static_cast<Tev32f>(s2[x]);
+  } else if constexpr (exactInFloat<S>) {
+    using Product = std::conditional_t<std::is_signed_v<S>, Tev16s, Tev16u>;
+    constexpr int length = 8 * blockLength;
+    Product products[length];
+    for (int first = 0; first < width; first += length) {
+      const int count = std::min(length, width - first);
+      for (int i = 0; i < count; ++i) {
+        const S kept = static_cast<S>(s1[first + i] & keep<masked, S>(mask, first + i));
+        products[i] = static_cast<Product>(kept * s2[first + i]);
+      }
+      for (int i = 0; i < count; ++i) a[first + i] += static_cast<Tev32f>(products[i]);
     }
   } else if constexpr (std::is_integral_v<S>) {
     addProducts(a, width, [=](int x) {
@@ -126,34 +133,46 @@ void addProductRow(const S* s1, const S* s2, const Tev8u* mask, Tev32f* a, int w
 // of the double form leave it within 34 units of the extended form as long as the last addition does not cancel, so the
 // float is certain where the double stays 64 units away from the middle of two floats. Sums that cancel, and small ones
 // (below the normal floats), are in doubt; a 0 in the accumulator is not, as the blend with it is exact in double.
+template <class Weight>
+bool blend(const Tev32f* s, const Tev32f* a, Weight weight, int count, Tev32f* sums) {
+  constexpr std::uint64_t margin = 64;
+  std::uint64_t doubt = 0;  // in the sign bit
+  std::uint32_t small = 0;  // likewise
+  for (int i = 0; i < count; ++i) {
+    const Tev64f old = a[i], change = (Tev64f{s[i]} - old) * weight(i), sum = old + change;
+    const std::uint64_t fromMiddle = std::bit_cast<std::uint64_t>(sum) - middleOfFloats + margin;
+    doubt |= ((fromMiddle & bitsBeyondFloat & ~(2 * margin - 1)) - 1) |
+             std::bit_cast<std::uint64_t>(16 * std::fabs(sum) - std::fabs(change));
+    sums[i] = static_cast<Tev32f>(sum);
+  }
+  for (int i = 0; i < count; ++i)
+    small |= ((std::bit_cast<std::uint32_t>(sums[i]) & 0x7FFFFFFF) - 0x00800000) &
+             -(std::bit_cast<std::uint32_t>(a[i]) & 0x7FFFFFFF);
+  return static_cast<std::int64_t>(doubt) >= 0 && static_cast<std::int32_t>(small) >= 0;
+}
+
 template <bool masked, class S>
 void addWeightedRow(const S* s, const Tev8u* mask, Tev32f* a, int width, Tev32f alpha) {
-  constexpr std::uint64_t margin = 64;
   const auto weight = [=](int x) {
-    if constexpr (masked)
-      return mask[x] != 0 ? alpha : 0.0F;
-    else
-      return alpha;
+    return std::bit_cast<Tev32f>(std::bit_cast<std::uint32_t>(alpha) & keep<masked>(mask, x));
   };
   addInBlocks(
       a, width,
-      [&](int first, int count, Tev32f* sums) {
-        std::uint64_t doubt = 0;
-        std::uint32_t small = 0;
-        for (int i = 0; i < count; ++i) {
-          const int x = first + i;
-          const Tev64f old = a[x], change = (static_cast<Tev64f>(s[x]) - old) * weight(x), sum = old + change;
-          const std::uint64_t fromMiddle = std::bit_cast<std::uint64_t>(sum) - middleOfFloats + margin;
-          doubt |= static_cast<std::uint64_t>(((fromMiddle & bitsBeyondFloat & ~(2 * margin - 1)) == 0) |
-                                              (std::fabs(change) > 16 * std::fabs(sum)));
-          sums[i] = static_cast<Tev32f>(sum);
+      [=](int first, int count, Tev32f* sums) {
+        // As floats first: a loop over bytes and doubles at once would need more registers than there are.
+        Tev32f source[blockLength];
+        for (int i = 0; i < count; ++i) source[i] = static_cast<Tev32f>(s[first + i]);
+        if constexpr (masked) {
+          Tev32f weights[blockLength];
+          for (int i = 0; i < count; ++i) weights[i] = weight(first + i);
+          return blend(
+              source, a + first, [&](int i) { return weights[i]; }, count, sums);
+        } else {
+          return blend(
+              source, a + first, [=](int) { return alpha; }, count, sums);
         }
-        for (int i = 0; i < count; ++i)
-          small |= static_cast<std::uint32_t>(((std::bit_cast<std::uint32_t>(sums[i]) & 0x7F800000) == 0) &
-                                              (a[first + i] != 0));
-        return doubt == 0 && small == 0;
       },
-      [&](int x) {
+      [=](int x) {
         const Extended old = a[x];
         return static_cast<Tev32f>(old + (static_cast<Extended>(s[x]) - old) * weight(x));
       });
