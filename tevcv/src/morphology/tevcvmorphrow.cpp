@@ -2,20 +2,19 @@
 // as that lies in the row. The 144 workers share one plan:
 //
 //   1. The window is capped at what the worker is built for; 63 for the workers that take any.
-//   2. At both ends, where the window overruns the row, a running extremum from the row's end gives the outputs.
-//   3. Between them the window is whole. A worker for one length folds that many shifted loads. The others double: the
-//      extrema of w neighbours and of the s <= w next ones give those of w + s, so that a window of 63 takes six passes
-//      over a block that stays in the cache. Van Herk's method needs fewer comparisons but takes them one after the
-//      other; doubling takes a whole vector of them at once.
-//   4. If the window was capped, dst is widened in place, again by doubling: a window of any length costs a logarithmic
-//      number of passes. (M. van Herk, "A fast algorithm for local minimum and maximum filters on rectangular and
-//      octagonal kernels", 1992; the doubling is the decomposition of flat structuring elements by Pecht, "Speeding-up
-//      successive Minkowski operations with bit-plane computers", 1985.)
+//   2. Shifted loads give the extrema of windows of up to 4. Longer ones grow from those of 4: the extrema of w
+//      neighbours, taken at up to four places, give those of up to 4 * w, so that 63 takes three passes over a block
+//      that stays in the cache. Van Herk's method needs fewer comparisons but takes them one after the other; growing
+//      takes a whole vector of them at once.
+//   3. If the window was capped, dst is widened in place by doubling: a window of any length costs a logarithmic number
+//      of passes. (M. van Herk, "A fast algorithm for local minimum and maximum filters on rectangular and octagonal
+//      kernels", 1992; for the growing J. Pecht, "Speeding-up successive Minkowski operations with bit-plane
+//      computers", 1985.)
 //
-// Extrema are idempotent: windows may overlap, and all that matters is their union.
+// Extrema are idempotent: windows may overlap, and all that matters is their union. For the same reason the edge pixel
+// may stand outside the row, since a window that overruns an end of the row holds that pixel anyway.
 #include <algorithm>
 #include <cstring>
-#include <utility>
 
 #include "morphology/extremum.h"
 #include "tevcv_internal/morphology.h"
@@ -24,58 +23,72 @@ using namespace tevcv;
 
 namespace {
 
-// The outputs whose window overruns an end of the row: forward from the first element, backward from the last.
-template <class Best, int channels, class T>
-void rowEnds(const T* src, T* dst, int width, int length, int offset) {
-  const int headEnd = std::min(offset, width), tailBegin = std::max(offset, width - length + offset + 1);
-  for (int c = 0; c < channels; ++c) {
-    const auto s = [&](int x) { return src[x * channels + c]; };
-    T best = s(0);
-    for (int x = 0, read = 1; x < headEnd; ++x) {
-      for (const int end = std::min(width, x - offset + length); read < end; ++read) best = Best::of(best, s(read));
-      dst[x * channels + c] = best;
-    }
-    best = s(width - 1);
-    for (int x = width - 1, read = width - 1; x >= tailBegin; --x) {
-      while (read > x - offset) best = Best::of(s(--read), best);
-      dst[x * channels + c] = best;
-    }
-  }
+constexpr int longestWindow = 63;
+
+template <int channels, class T>
+void fillPixels(const T* pixel, T* dst, int count) {
+  for (int x = 0; x < count; ++x)
+    for (int c = 0; c < channels; ++c) dst[x * channels + c] = pixel[c];
 }
 
 // dst[i] = the extremum of src[i], src[i + channels], ..., `length` of them.
 template <class Best, int channels, int length, class T>
 void foldShiftedLoads(const T* src, T* dst, int len) {
-  [&]<int... k>(std::integer_sequence<int, k...>) {
 #pragma GCC ivdep
-    for (int i = 0; i < len; ++i) {
-      T best = src[i];
-      ((best = Best::of(best, src[i + (k + 1) * channels])), ...);
-      dst[i] = best;
-    }
+  for (int i = 0; i < len; ++i) {
+    T best = src[i];
+#pragma GCC unroll 4
+    for (int k = 1; k < length; ++k) best = Best::of(best, src[i + k * channels]);
+    dst[i] = best;
   }
-  (std::make_integer_sequence<int, length - 1>());
 }
 
-constexpr int longestWindow = 63;
+// The extrema over the `length` pixels from x on, for `count` positions x from `first` on; the edge pixels stand
+// outside the row. Positions near an end of the row are few: they take their pixels one by one.
+template <class Best, int channels, int length, class T>
+void shortWindows(const T* src, int width, int first, T* dst, int count) {
+  const auto until = [=](int x, int from) { return std::clamp(x - first, from, count); };
+  const int before = until(2 - length, 0), headEnd = until(0, before), wholeEnd = until(width - length + 1, headEnd),
+            tailEnd = until(width - 1, wholeEnd);
+  const auto clamped = [=](int begin, int end) {
+    for (int i = begin; i < end; ++i)
+      for (int c = 0; c < channels; ++c) {
+        const auto at = [=](int k) { return src[std::clamp(first + i + k, 0, width - 1) * channels + c]; };
+        T best = at(0);
+        for (int k = 1; k < length; ++k) best = Best::of(best, at(k));
+        dst[i * channels + c] = best;
+      }
+  };
+  fillPixels<channels>(src, dst, before);
+  clamped(before, headEnd);
+  foldShiftedLoads<Best, channels, length>(src + (first + headEnd) * channels, dst + headEnd * channels,
+                                           (wholeEnd - headEnd) * channels);
+  clamped(wholeEnd, tailEnd);
+  fillPixels<channels>(src + (width - 1) * channels, dst + tailEnd * channels, count - tailEnd);
+}
 
-// The same for any length from 2 to longestWindow, by doubling within blocks of a row.
-template <class Best, class T>
-void doubleUp(const T* src, T* dst, int len, int channels, int length) {
-  constexpr int blockLength = 2048 / sizeof(T);
-  T stack[blockLength + (longestWindow - 1) * 4];
-  for (int begin = 0; begin < len; begin += blockLength) {
-    const int outputs = std::min(blockLength, len - begin);
-    const T* from = src + begin;
-    for (int reach = 1; reach < length;) {
-      const int step = std::min(reach, length - reach);
-      const T* const ahead = from + step * channels;
-      T* const to = reach + step == length ? dst + begin : stack;
-      const int count = outputs + (length - reach - step) * channels;
-#pragma GCC ivdep  // in place too: what is read lies ahead of what is written
-      for (int i = 0; i < count; ++i) to[i] = Best::of(from[i], ahead[i]);
-      from = stack;
-      reach += step;
+// Windows of 5 to longestWindow pixels.
+template <class Best, int channels, class T>
+void longWindows(const T* src, T* dst, int width, int length, int offset) {
+  constexpr int shortest = 4, blockWidth = 4096 / (sizeof(T) * channels);
+  T stack[(blockWidth + longestWindow - shortest) * channels];
+  for (int begin = 0; begin < width; begin += blockWidth) {
+    const int outputs = std::min(blockWidth, width - begin);
+    shortWindows<Best, channels, shortest>(src, width, begin - offset, stack, outputs + length - shortest);
+    for (int reach = shortest; reach < length;) {
+      const int grown = std::min(4 * reach, length), count = (outputs + length - grown) * channels;
+      const auto place = [&](int k) { return stack + std::min(k * reach, grown - reach) * channels; };
+      const T *const a = place(1), *const b = place(2), *const c = place(3);
+      T* const to = grown == length ? dst + begin * channels : stack;
+      // In place too: what is read lies ahead of what is written.
+      if (grown <= 2 * reach) {
+#pragma GCC ivdep
+        for (int i = 0; i < count; ++i) to[i] = Best::of(stack[i], a[i]);
+      } else {
+#pragma GCC ivdep
+        for (int i = 0; i < count; ++i) to[i] = Best::of(Best::of(stack[i], a[i]), Best::of(b[i], c[i]));
+      }
+      reach = grown;
     }
   }
 }
@@ -88,43 +101,50 @@ void widen(T* dst, int width, int reach, int length, int offset) {
   for (int step; offset >= reach; reach += step) {
     step = std::min(offset - reach + 1, reach);
     // From the right, so that what is read is still the old row: block by block, the block's sources first.
-    constexpr int blockLength = 256 / sizeof(T);
+    constexpr int blockLength = 1024 / sizeof(T);
     const int shift = std::min(step, width) * channels;
     for (int end = len; end > shift;) {
       const int begin = std::max(end - blockLength, shift), count = end - begin;
       T block[blockLength];
       std::memcpy(block, dst + begin - shift, static_cast<size_t>(count) * sizeof(T));
-      for (int i = 0; i < count; ++i) dst[begin + i] = Best::of(block[i], dst[begin + i]);
+      Best::ofEach(block, dst + begin, dst + begin, count);
       end = begin;
     }
-    for (int i = shift - 1; i >= channels; --i) dst[i] = Best::of(dst[i % channels], dst[i]);
+    T edge[channels];
+    std::copy_n(dst, channels, edge);
+    for (int i = channels; i < shift; i += channels)
+      for (int c = 0; c < channels; ++c) dst[i + c] = Best::of(edge[c], dst[i + c]);
   }
   for (int step; length > reach; reach += step) {
     step = std::min(length - reach, reach);
-    const int whole = len - std::min(step, width) * channels;
-    const T* const ahead = dst + (len - whole);
-#pragma GCC ivdep
-    for (int i = 0; i < whole; ++i) dst[i] = Best::of(dst[i], ahead[i]);
-    const T* const last = dst + len - channels;
-    for (int i = whole; i < len - channels; ++i) dst[i] = Best::of(dst[i], last[i % channels]);
+    const int shift = std::min(step, width) * channels;
+    Best::ofEach(dst, dst + shift, dst, len - shift);
+    T edge[channels];
+    std::copy_n(dst + len - channels, channels, edge);
+    for (int i = len - shift; i < len - channels; i += channels)
+      for (int c = 0; c < channels; ++c) dst[i + c] = Best::of(dst[i + c], edge[c]);
   }
 }
 
-// `builtFor` is the window of a worker for one length, 0 for a worker that takes any.
-template <class Best, int channels, int builtFor, class T>
-void slide(const T* src, T* dst, int width, int length, int offset) {
-  const int reach = std::min(length, builtFor == 0 ? longestWindow : builtFor), anchor = std::min(offset, reach - 1);
-  if (reach == 1) {
-    std::memcpy(dst, src, static_cast<size_t>(width) * channels * sizeof(T));
-  } else {
-    rowEnds<Best, channels>(src, dst, width, reach, anchor);
-    if (const int whole = (width - reach + 1) * channels; whole > 0) {
-      T* const first = dst + anchor * channels;
-      if (builtFor > 1 && reach == builtFor)
-        foldShiftedLoads<Best, channels, std::max(builtFor, 1)>(src, first, whole);
-      else
-        doubleUp<Best>(src, first, whole, channels, reach);
-    }
+// `builtFor` is the longest window that the worker takes in one go.
+template <class Best, int channels, class T>
+void slide(const T* src, T* dst, int width, int length, int offset, int builtFor) {
+  const int reach = std::min(length, builtFor), anchor = std::min(offset, reach - 1);
+  switch (reach) {
+    case 1:
+      std::memcpy(dst, src, static_cast<size_t>(width) * channels * sizeof(T));
+      break;
+    case 2:
+      shortWindows<Best, channels, 2>(src, width, -anchor, dst, width);
+      break;
+    case 3:
+      shortWindows<Best, channels, 3>(src, width, -anchor, dst, width);
+      break;
+    case 4:
+      shortWindows<Best, channels, 4>(src, width, -anchor, dst, width);
+      break;
+    default:
+      longWindows<Best, channels>(src, dst, width, reach, anchor);
   }
   widen<Best, channels>(dst, width, reach, length, offset);
 }
@@ -133,7 +153,7 @@ void slide(const T* src, T* dst, int width, int length, int offset) {
 
 #define ROW_WORKER(name, Best, T, channels, builtFor)                  \
   void name(const T* src, T* dst, int width, int length, int offset) { \
-    slide<Best, channels, builtFor>(src, dst, width, length, offset);  \
+    slide<Best, channels>(src, dst, width, length, offset, builtFor);  \
   }
 
 ROW_WORKER(ownFilterMinRow01_8u_C1R, Least, Tev8u, 1, 1)
@@ -147,7 +167,7 @@ ROW_WORKER(ownFilterMinRow09_8u_C1R, Least, Tev8u, 1, 9)
 ROW_WORKER(ownFilterMinRow11_8u_C1R, Least, Tev8u, 1, 11)
 ROW_WORKER(ownFilterMinRow13_8u_C1R, Least, Tev8u, 1, 13)
 ROW_WORKER(ownFilterMinRow15_8u_C1R, Least, Tev8u, 1, 15)
-ROW_WORKER(ownFilterMinRowVH_8u_C1R, Least, Tev8u, 1, 0)
+ROW_WORKER(ownFilterMinRowVH_8u_C1R, Least, Tev8u, 1, longestWindow)
 
 ROW_WORKER(ownFilterMinRow01_8u_C3R, Least, Tev8u, 3, 1)
 ROW_WORKER(ownFilterMinRow02_8u_C3R, Least, Tev8u, 3, 2)
@@ -160,7 +180,7 @@ ROW_WORKER(ownFilterMinRow09_8u_C3R, Least, Tev8u, 3, 9)
 ROW_WORKER(ownFilterMinRow11_8u_C3R, Least, Tev8u, 3, 11)
 ROW_WORKER(ownFilterMinRow13_8u_C3R, Least, Tev8u, 3, 13)
 ROW_WORKER(ownFilterMinRow15_8u_C3R, Least, Tev8u, 3, 15)
-ROW_WORKER(ownFilterMinRowVH_8u_C3R, Least, Tev8u, 3, 0)
+ROW_WORKER(ownFilterMinRowVH_8u_C3R, Least, Tev8u, 3, longestWindow)
 
 ROW_WORKER(ownFilterMinRow01_8u_C4R, Least, Tev8u, 4, 1)
 ROW_WORKER(ownFilterMinRow02_8u_C4R, Least, Tev8u, 4, 2)
@@ -173,7 +193,7 @@ ROW_WORKER(ownFilterMinRow09_8u_C4R, Least, Tev8u, 4, 9)
 ROW_WORKER(ownFilterMinRow11_8u_C4R, Least, Tev8u, 4, 11)
 ROW_WORKER(ownFilterMinRow13_8u_C4R, Least, Tev8u, 4, 13)
 ROW_WORKER(ownFilterMinRow15_8u_C4R, Least, Tev8u, 4, 15)
-ROW_WORKER(ownFilterMinRowVH_8u_C4R, Least, Tev8u, 4, 0)
+ROW_WORKER(ownFilterMinRowVH_8u_C4R, Least, Tev8u, 4, longestWindow)
 
 ROW_WORKER(ownFilterMinRow01_32f_C1R, Least, Tev32f, 1, 1)
 ROW_WORKER(ownFilterMinRow02_32f_C1R, Least, Tev32f, 1, 2)
@@ -186,7 +206,7 @@ ROW_WORKER(ownFilterMinRow09_32f_C1R, Least, Tev32f, 1, 9)
 ROW_WORKER(ownFilterMinRow11_32f_C1R, Least, Tev32f, 1, 11)
 ROW_WORKER(ownFilterMinRow13_32f_C1R, Least, Tev32f, 1, 13)
 ROW_WORKER(ownFilterMinRow15_32f_C1R, Least, Tev32f, 1, 15)
-ROW_WORKER(ownFilterMinRowVH_32f_C1R, Least, Tev32f, 1, 0)
+ROW_WORKER(ownFilterMinRowVH_32f_C1R, Least, Tev32f, 1, longestWindow)
 
 ROW_WORKER(ownFilterMinRow01_32f_C3R, Least, Tev32f, 3, 1)
 ROW_WORKER(ownFilterMinRow02_32f_C3R, Least, Tev32f, 3, 2)
@@ -199,7 +219,7 @@ ROW_WORKER(ownFilterMinRow09_32f_C3R, Least, Tev32f, 3, 9)
 ROW_WORKER(ownFilterMinRow11_32f_C3R, Least, Tev32f, 3, 11)
 ROW_WORKER(ownFilterMinRow13_32f_C3R, Least, Tev32f, 3, 13)
 ROW_WORKER(ownFilterMinRow15_32f_C3R, Least, Tev32f, 3, 15)
-ROW_WORKER(ownFilterMinRowVH_32f_C3R, Least, Tev32f, 3, 0)
+ROW_WORKER(ownFilterMinRowVH_32f_C3R, Least, Tev32f, 3, longestWindow)
 
 ROW_WORKER(ownFilterMinRow01_32f_C4R, Least, Tev32f, 4, 1)
 ROW_WORKER(ownFilterMinRow02_32f_C4R, Least, Tev32f, 4, 2)
@@ -212,7 +232,7 @@ ROW_WORKER(ownFilterMinRow09_32f_C4R, Least, Tev32f, 4, 9)
 ROW_WORKER(ownFilterMinRow11_32f_C4R, Least, Tev32f, 4, 11)
 ROW_WORKER(ownFilterMinRow13_32f_C4R, Least, Tev32f, 4, 13)
 ROW_WORKER(ownFilterMinRow15_32f_C4R, Least, Tev32f, 4, 15)
-ROW_WORKER(ownFilterMinRowVH_32f_C4R, Least, Tev32f, 4, 0)
+ROW_WORKER(ownFilterMinRowVH_32f_C4R, Least, Tev32f, 4, longestWindow)
 
 ROW_WORKER(ownFilterMaxRow01_8u_C1R, Greatest, Tev8u, 1, 1)
 ROW_WORKER(ownFilterMaxRow02_8u_C1R, Greatest, Tev8u, 1, 2)
@@ -225,7 +245,7 @@ ROW_WORKER(ownFilterMaxRow09_8u_C1R, Greatest, Tev8u, 1, 9)
 ROW_WORKER(ownFilterMaxRow11_8u_C1R, Greatest, Tev8u, 1, 11)
 ROW_WORKER(ownFilterMaxRow13_8u_C1R, Greatest, Tev8u, 1, 13)
 ROW_WORKER(ownFilterMaxRow15_8u_C1R, Greatest, Tev8u, 1, 15)
-ROW_WORKER(ownFilterMaxRowVH_8u_C1R, Greatest, Tev8u, 1, 0)
+ROW_WORKER(ownFilterMaxRowVH_8u_C1R, Greatest, Tev8u, 1, longestWindow)
 
 ROW_WORKER(ownFilterMaxRow01_8u_C3R, Greatest, Tev8u, 3, 1)
 ROW_WORKER(ownFilterMaxRow02_8u_C3R, Greatest, Tev8u, 3, 2)
@@ -238,7 +258,7 @@ ROW_WORKER(ownFilterMaxRow09_8u_C3R, Greatest, Tev8u, 3, 9)
 ROW_WORKER(ownFilterMaxRow11_8u_C3R, Greatest, Tev8u, 3, 11)
 ROW_WORKER(ownFilterMaxRow13_8u_C3R, Greatest, Tev8u, 3, 13)
 ROW_WORKER(ownFilterMaxRow15_8u_C3R, Greatest, Tev8u, 3, 15)
-ROW_WORKER(ownFilterMaxRowVH_8u_C3R, Greatest, Tev8u, 3, 0)
+ROW_WORKER(ownFilterMaxRowVH_8u_C3R, Greatest, Tev8u, 3, longestWindow)
 
 ROW_WORKER(ownFilterMaxRow01_8u_C4R, Greatest, Tev8u, 4, 1)
 ROW_WORKER(ownFilterMaxRow02_8u_C4R, Greatest, Tev8u, 4, 2)
@@ -251,7 +271,7 @@ ROW_WORKER(ownFilterMaxRow09_8u_C4R, Greatest, Tev8u, 4, 9)
 ROW_WORKER(ownFilterMaxRow11_8u_C4R, Greatest, Tev8u, 4, 11)
 ROW_WORKER(ownFilterMaxRow13_8u_C4R, Greatest, Tev8u, 4, 13)
 ROW_WORKER(ownFilterMaxRow15_8u_C4R, Greatest, Tev8u, 4, 15)
-ROW_WORKER(ownFilterMaxRowVH_8u_C4R, Greatest, Tev8u, 4, 0)
+ROW_WORKER(ownFilterMaxRowVH_8u_C4R, Greatest, Tev8u, 4, longestWindow)
 
 ROW_WORKER(ownFilterMaxRow01_32f_C1R, Greatest, Tev32f, 1, 1)
 ROW_WORKER(ownFilterMaxRow02_32f_C1R, Greatest, Tev32f, 1, 2)
@@ -264,7 +284,7 @@ ROW_WORKER(ownFilterMaxRow09_32f_C1R, Greatest, Tev32f, 1, 9)
 ROW_WORKER(ownFilterMaxRow11_32f_C1R, Greatest, Tev32f, 1, 11)
 ROW_WORKER(ownFilterMaxRow13_32f_C1R, Greatest, Tev32f, 1, 13)
 ROW_WORKER(ownFilterMaxRow15_32f_C1R, Greatest, Tev32f, 1, 15)
-ROW_WORKER(ownFilterMaxRowVH_32f_C1R, Greatest, Tev32f, 1, 0)
+ROW_WORKER(ownFilterMaxRowVH_32f_C1R, Greatest, Tev32f, 1, longestWindow)
 
 ROW_WORKER(ownFilterMaxRow01_32f_C3R, Greatest, Tev32f, 3, 1)
 ROW_WORKER(ownFilterMaxRow02_32f_C3R, Greatest, Tev32f, 3, 2)
@@ -277,7 +297,7 @@ ROW_WORKER(ownFilterMaxRow09_32f_C3R, Greatest, Tev32f, 3, 9)
 ROW_WORKER(ownFilterMaxRow11_32f_C3R, Greatest, Tev32f, 3, 11)
 ROW_WORKER(ownFilterMaxRow13_32f_C3R, Greatest, Tev32f, 3, 13)
 ROW_WORKER(ownFilterMaxRow15_32f_C3R, Greatest, Tev32f, 3, 15)
-ROW_WORKER(ownFilterMaxRowVH_32f_C3R, Greatest, Tev32f, 3, 0)
+ROW_WORKER(ownFilterMaxRowVH_32f_C3R, Greatest, Tev32f, 3, longestWindow)
 
 ROW_WORKER(ownFilterMaxRow01_32f_C4R, Greatest, Tev32f, 4, 1)
 ROW_WORKER(ownFilterMaxRow02_32f_C4R, Greatest, Tev32f, 4, 2)
@@ -290,7 +310,7 @@ ROW_WORKER(ownFilterMaxRow09_32f_C4R, Greatest, Tev32f, 4, 9)
 ROW_WORKER(ownFilterMaxRow11_32f_C4R, Greatest, Tev32f, 4, 11)
 ROW_WORKER(ownFilterMaxRow13_32f_C4R, Greatest, Tev32f, 4, 13)
 ROW_WORKER(ownFilterMaxRow15_32f_C4R, Greatest, Tev32f, 4, 15)
-ROW_WORKER(ownFilterMaxRowVH_32f_C4R, Greatest, Tev32f, 4, 0)
+ROW_WORKER(ownFilterMaxRowVH_32f_C4R, Greatest, Tev32f, 4, longestWindow)
 
 const TevFilterRow_8u owntablFilterMinRow_8u_C1[16] = {
     ownFilterMinRowVH_8u_C1R, ownFilterMinRow01_8u_C1R, ownFilterMinRow02_8u_C1R, ownFilterMinRow03_8u_C1R,
