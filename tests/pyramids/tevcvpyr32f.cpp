@@ -10,23 +10,43 @@ namespace {
 
 using Real = long double;
 
-// Extended sums, rounded to float behind each direction; images below three pixels round once.
+// The sum around place 2 * x of a line of n values, term by term as it is written down: where reflection folds taps
+// together, their weights add up.
+template <class At>
+Real lineSum(int x, int n, At at) {
+  const int c = 2 * x;
+  if (n >= 3 && c == 0) return 6 * at(0) + 8 * at(1) + 2 * at(2);
+  if (n >= 3 && c == n - 1) return 6 * at(c) + 8 * at(c - 1) + 2 * at(c - 2);
+  if (n >= 3 && c == n - 2) return at(c - 2) + 4 * (at(c - 1) + at(c + 1)) + 7 * at(c);
+  const auto tap = [&](int j) { return at(gauss::reflected(c + j, n)); };
+  return tap(-2) + 4 * tap(-1) + 6 * tap(0) + 4 * tap(1) + tap(2);
+}
+
+// The sum over the rows around row 2 * y of an image: one term for each tap.
+template <class At>
+Real columnSum(int y, int n, At at) {
+  const auto tap = [&](int i) { return Real{at(gauss::reflected(2 * y + i, n))}; };
+  return tap(-2) + 4 * tap(-1) + 6 * tap(0) + 4 * tap(1) + tap(2);
+}
+
+// Rounded to float behind each direction; images of one or two rows or columns add those first and round once.
 template <int channels>
 Image<Tev32f, channels> naiveDown(const Image<Tev32f, channels>& src) {
   const int width = src.width(), height = src.height();
   Image<Tev32f, channels> dst((width + 1) / 2, (height + 1) / 2);
-  const bool small = width < 3 || height < 3;
   for (int y = 0; y < dst.height(); ++y)
     for (int x = 0; x < dst.width(); ++x)
       for (int c = 0; c < channels; ++c) {
-        Real sum = 0;
-        for (int i = -2; i <= 2; ++i) {
-          const auto at = [&](int j) {
-            return Real{src.at(gauss::reflected(2 * x + j, width), gauss::reflected(2 * y + i, height), c)};
-          };
-          const Real line = at(-2) + 4 * at(-1) + 6 * at(0) + 4 * at(1) + at(2);
-          sum += gauss::kernel[i + 2] * (small ? line : Real{static_cast<Tev32f>(line)});
-        }
+        const auto at = [&](int i, int j) { return Real{src.at(i, j, c)}; };
+        Real sum;
+        if (height < 3)
+          sum = 8 * columnSum(x, width, [&](int i) { return at(i, 0) + at(i, height - 1); });
+        else if (width < 3)
+          sum = 8 * columnSum(y, height, [&](int j) { return at(0, j) + at(width - 1, j); });
+        else
+          sum = columnSum(y, height, [&](int j) {
+            return static_cast<Tev32f>(lineSum(x, width, [&](int i) { return at(i, j); }));
+          });
         dst.set(x * channels + c, y, static_cast<Tev32f>(sum * Real{0.00390625}));
       }
   return dst;

@@ -451,8 +451,8 @@ struct Rounded {
   static void add(Sum& sum, Tev32f value, Tap tap, bool) { sum = static_cast<Tev32f>(sum + value * tap); }
 };
 
-// A sum times a reciprocal weight, truncated behind a rounding constant. What passes the result's type, which only the
-// sums of kernels that do not smooth can, is cut at its ends.
+// A sum times a reciprocal weight, truncated behind a rounding constant. Under kernels with negative taps rows
+// overshoot 32 bits before they are shifted; what passes the result's type as well is cut at its ends.
 template <class Result, class Form>
 Result scaledSum(typename Form::Sum sum, Tev32f reciprocal, int constant) {
   using Real = typename Form::Real;
@@ -470,7 +470,7 @@ struct SpreadOf<Tev8u> {
   static constexpr Tev32f weightUnit = 32768;
   template <class Form>
   static RowValue row(typename Form::Sum sum, Tev32f reciprocal) {
-    return scaledSum<Tev32s, Form>(sum, reciprocal, 128) >> 8;
+    return saturate<Tev32s>(scaledSum<std::int64_t, Form>(sum, reciprocal, 128) >> 8);
   }
   template <class Form>
   static Tev8u pixel(typename Form::Sum sum, Tev32f reciprocal) {
@@ -483,7 +483,6 @@ struct SpreadOf<Tev16u> {
   static constexpr Tev32f weightUnit = 32768;
   template <class Form>
   static RowValue row(typename Form::Sum sum, Tev32f reciprocal) {
-    // A bright pixel beside dark ones overshoots 32 bits under a kernel with negative taps.
     return saturate<Tev32s>(scaledSum<std::int64_t, Form>(sum, reciprocal, 512) >> 10);
   }
   template <class Form>
