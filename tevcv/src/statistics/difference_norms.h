@@ -86,14 +86,14 @@ struct LargestFloatDistance : LargestOfAll {
 
 // The terms of L1 and L2. A double whose last bits, those of `roundingBits`, are 0 has a term that is exact in double.
 struct Magnitude {
-  static constexpr std::int64_t roundingBits = 0;
+  static constexpr std::uint64_t roundingBits = 0;
   template <class Float>
   static Float of(Float x) {
     return std::fabs(x);
   }
 };
 struct Square {
-  static constexpr std::int64_t roundingBits = (1 << 27) - 1;  // 26 bits remain, and their square has 52
+  static constexpr std::uint64_t roundingBits = (1 << 27) - 1;  // 26 bits remain, and their square has 52
   template <class Float>
   static Float of(Float x) {
     return x * x;
@@ -118,14 +118,15 @@ template <class Term, class Base>
 struct FloatDistanceSum : FloatSum<Term, Base> {
   void add(const Tev32f* a, const Tev32f* b, const Tev8u* mask, int n) {
     Tev64f term[shortBlock];
-    std::int64_t inexact = 0;
+    std::uint64_t inexact = 0;
     for (int i = 0; i < n; ++i) {
       const Tev64f x = keptWhere(mask[i], a[i]), y = keptWhere(mask[i], b[i]), d = x - y;
       term[i] = Term::of(d);
       // The double d is the difference itself if and only if d + y gives x and x - d gives y.
-      inexact |= (d + y == x ? 0 : 1) | (x - d == y ? 0 : 1) | (std::bit_cast<std::int64_t>(d) & Term::roundingBits);
+      inexact |= std::bit_cast<std::uint64_t>((d + y) - x) | std::bit_cast<std::uint64_t>((x - d) - y) |
+                 (std::bit_cast<std::uint64_t>(d) & Term::roundingBits);
     }
-    if (inexact == 0)
+    if (inexact << 1 == 0)  // a zero may have a sign
       this->sum_.add(term, n);
     else
       this->sum_.addEach(

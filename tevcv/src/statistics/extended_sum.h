@@ -39,13 +39,13 @@ class ExtendedSum {
   // A term in units of the sum's last place u: the nearest whole number, the even one of two, and how much the term
   // exceeds it. Adding 2^52 leaves a double no place for a fraction.
   struct Units {
-    std::int64_t whole;
+    std::uint64_t whole;
     Tev64f rest;
   };
   static constexpr Tev64f wholeOnly = 0x1p52;
   static Units unitsOf(Tev64f scaled) {
     const Tev64f shifted = scaled + wholeOnly;
-    return {std::bit_cast<std::int64_t>(shifted) - std::bit_cast<std::int64_t>(wholeOnly),
+    return {std::bit_cast<std::uint64_t>(shifted) - std::bit_cast<std::uint64_t>(wholeOnly),
             scaled - (shifted - wholeOnly)};
   }
 
@@ -61,24 +61,24 @@ class ExtendedSum {
     if (exponent < -1000 || exponent > 1000) return false;
     const auto unitsPerOne = std::bit_cast<Tev64f>(std::uint64_t(1023 + exponent) << 52);
 
-    std::int64_t whole = 0, unfit = 0, ties = 0;
+    std::uint64_t whole = 0, seen = 0, belowHalf = ~std::uint64_t{0};
     for (int i = 0; i < n; ++i) {
-      const Tev64f scaled = terms[i] * unitsPerOne;
-      const Units units = unitsOf(scaled);
+      const Units units = unitsOf(terms[i] * unitsPerOne);
       whole += units.whole;
-      unfit |= scaled < 0x1p51 ? 0 : 1;
-      ties |= std::fabs(units.rest) == 0.5 ? 1 : 0;
+      seen |= units.whole;
+      belowHalf &= std::bit_cast<std::uint64_t>(std::fabs(units.rest) - 0.5);  // negative: no tie
     }
     const std::uint64_t room = std::numeric_limits<std::uint64_t>::max() - significand;
-    if (unfit != 0 || static_cast<std::uint64_t>(whole) + static_cast<std::uint64_t>(n) > room) return false;
+    // A term of 2^52 units or more, and one that is no number, shows in the upper bits.
+    if (seen >> 52 != 0 || whole + static_cast<std::uint64_t>(n) > room) return false;
 
-    if (ties == 0) {
-      significand += static_cast<std::uint64_t>(whole);
+    if (belowHalf >> 63 != 0) {
+      significand += whole;
     } else {
       for (int i = 0; i < n; ++i) {
         const Units units = unitsOf(terms[i] * unitsPerOne);
         const std::uint64_t isTie = std::fabs(units.rest) == 0.5, wasRaised = units.rest == -0.5;
-        significand += static_cast<std::uint64_t>(units.whole) - wasRaised;
+        significand += units.whole - wasRaised;
         significand += significand & isTie;
       }
     }
