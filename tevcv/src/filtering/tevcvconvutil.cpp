@@ -103,14 +103,17 @@ Tev64f absoluteDot(Taps<tap...>, At at) {
 // What is known of the values that go into sums.
 class Range {
  public:
-  void take(const Tev32f* values, int n) {
+  [[gnu::noinline]] void take(const Tev32f* values, int n) {
     std::int32_t largest = largest_, smallest = smallest_, broken = broken_;
     for (int i = 0; i < n; ++i) {
-      const Tev32f v = values[i], low = v > -wholeLimit ? v : -wholeLimit, near = low < wholeLimit ? low : wholeLimit;
-      broken |= static_cast<Tev32f>(static_cast<int>(near)) != v;
-      const std::int32_t magnitude = std::bit_cast<std::int32_t>(v) & 0x7FFFFFFF;
-      largest = std::max(largest, magnitude);
-      smallest = std::min(smallest, (magnitude - 1) & 0x7FFFFFFF);  // a zero has no smallest bit
+      // Added to 2^23, a number below it loses its fraction.
+      constexpr Tev32f fractionless = 1 << 23;
+      const Tev32f v = std::fabs(values[i]), whole = (v + fractionless) - fractionless;
+      broken |= whole == v ? 0 : 1;
+      const auto magnitude = std::bit_cast<std::int32_t>(v);
+      largest = largest > magnitude ? largest : magnitude;
+      const std::int32_t less = (magnitude - 1) & 0x7FFFFFFF;  // a zero has no smallest bit
+      smallest = smallest < less ? smallest : less;
     }
     largest_ = largest;
     smallest_ = smallest;
@@ -124,7 +127,7 @@ class Range {
   }
 
   // The kernels' taps together weigh at most 16, and one more value may be added.
-  bool sumsAreExactInFloat() const { return !broken_; }
+  bool sumsAreExactInFloat() const { return broken_ == 0 && largest_ <= std::bit_cast<std::int32_t>(wholeLimit); }
   // 24 bits of the smallest value, the distance to the largest, 5 bits for the sum of the taps: 53 in all.
   bool sumsAreExactInDouble() const { return largest_ < 0x7F800000 && (largest_ >> 23) - (smallest_ >> 23) <= 23; }
 
@@ -133,7 +136,7 @@ class Range {
 
   std::int32_t largest_ = 0;            // bit patterns order as magnitudes do
   std::int32_t smallest_ = 0x7FFFFFFF;  // less one
-  std::int32_t broken_ = 0;             // not 0 where a value is no whole number within the limit
+  std::int32_t broken_ = 0;             // not 0 where a value is no whole number
 };
 
 // Far above the error of six additions and a product, and still so small that it decides one element in a million.
@@ -338,7 +341,9 @@ struct Average {
   static constexpr bool isDifference = false;
   static constexpr Tev32f weight = size == 3 ? 0.11111111F : 0.04F;
 
-  static int mean(int sum) { return size == 3 ? (sum * 7280 + 36400) >> 16 : (sum * 2621) >> 16; }
+  // (sum * 7280 + 36400) >> 16 and (sum * 2621) >> 16.
+  static constexpr int factor = size == 3 ? 7280 : 2621, addend = size == 3 ? 5 : 0;
+  static int mean(int sum) { return ((sum + addend) * factor) >> 16; }
 
   static void run(const Tev32f* const (&rows)[size], Tev32f* dst, int width, int, const Range& range) {
     const auto sum = [&]<class V>(V, int x) { return dot<V>(Kernel{}, [&](int j) { return rows[j][x]; }) * V{weight}; };
@@ -391,6 +396,13 @@ class Division {
   bool isWhole_;
 };
 
+// All bits that are set in any of the values.
+int bitsOf(const Tev16s* values, int n) {
+  Tev16s bits = 0;
+  for (int i = 0; i < n; ++i) bits = static_cast<Tev16s>(bits | values[i]);
+  return bits;
+}
+
 // Calls row(rows, dst, part) for each output row, with the k store rows that it comes from.
 template <int k, class Mid, class Dst, class Row>
 TevStatus forEachRow(const Mid* const* ppSrc, Dst* dst, int dstStep, int width, int rows, Row row) {
@@ -428,12 +440,26 @@ TevStatus columnStage(const Tev16s* const* ppSrc, Tev8s* dst, int dstStep, int w
 
 template <class Kernel>
 TevStatus columnStage(const Tev16s* const* ppSrc, Tev8u* dst, int dstStep, int width, int rows) {
-  return forEachRow<Kernel::size>(ppSrc, dst, dstStep, width, rows, [=](const auto& above, Tev8u* out, int) {
+  constexpr int k = Kernel::size;
+  int bits = 0, taken = 0;  // the bits of all values of the first `taken` rows
+  return forEachRow<k>(ppSrc, dst, dstStep, width, rows, [&, width](const auto& above, Tev8u* out, int) {
+    const auto sum = [&](int x) {
+      int total = 0;
+      for (const Tev16s* row : above) total += row[x];
+      return total;
+    };
+    for (int j = taken == 0 ? 0 : k - 1; j < k; ++j, ++taken) bits |= bitsOf(above[j], width);
+    if ((bits & ~2047) == 0) {
+      // Rows of byte sums: their sum and the mean stay in 16 bits.
 #pragma GCC ivdep
-    for (int x = 0; x < width; ++x) {
-      int sum = 0;
-      for (const Tev16s* row : above) sum += row[x];
-      out[x] = saturate<Tev8u>(Kernel::mean(sum));
+      for (int x = 0; x < width; ++x) {
+        const auto shifted = static_cast<Tev16s>(sum(x) + Kernel::addend);
+        const auto mean = static_cast<Tev16s>((shifted * Kernel::factor) >> 16);
+        out[x] = static_cast<Tev8u>(mean < 255 ? mean : 255);
+      }
+    } else {
+#pragma GCC ivdep
+      for (int x = 0; x < width; ++x) out[x] = saturate<Tev8u>(Kernel::mean(sum(x)));
     }
   });
 }
