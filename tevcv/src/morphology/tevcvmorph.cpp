@@ -416,33 +416,35 @@ void foldCells(const T* const* cell, T* dst, int len) {
   }
 }
 
-// One row of outputs. The cells' order is that of the element, for every output pixel; the row goes in blocks that stay
-// in the cache while cell after cell is folded in.
-template <class Fold, int channels, class T>
-void directRow(const T* src, int srcStep, T* dst, int width, const Tev8u* kernel, int kernelWidth, int kernelHeight) {
-  constexpr int blockLength = 4096 / sizeof(T), together = 4;
-  const auto image = rows(src, srcStep);
-  const int len = width * channels;
-  for (int begin = 0; begin < len; begin += blockLength) {
-    const int count = std::min(blockLength, len - begin);
-    T* const out = dst + begin;
-    std::fill_n(out, count, Fold::template neutral<T>);
-    const T* cells[together];
-    int held = 0;
-    const Tev8u* isSet = kernel;
-    for (int i = 0; i < kernelHeight; ++i) {
-      const T* cell = image[i] + begin;
-      for (int j = 0; j < kernelWidth; ++j, ++isSet, cell += channels) {
-        if (*isSet == 0) continue;
-        cells[held++] = cell;
-        if (held == together) {
-          foldCells<Fold, together>(cells, out, count);
-          held = 0;
-        }
+// dst[k] = the fold of cellAt(i, j)[k] over the set cells (column j of row i), in row order of the element. Several
+// cells at a time, so that dst is read and written once for all of them.
+template <class Fold, class T, class CellAt>
+void foldElement(const Tev8u* kernel, int kernelWidth, int kernelHeight, T* dst, int len, CellAt cellAt) {
+  constexpr int together = 4;
+  const T* cells[together];
+  int held = 0;
+  std::fill_n(dst, len, Fold::template neutral<T>);
+  for (int i = 0; i < kernelHeight; ++i)
+    for (int j = 0; j < kernelWidth; ++j) {
+      if (*kernel++ == 0) continue;
+      cells[held++] = cellAt(i, j);
+      if (held == together) {
+        foldCells<Fold, together>(cells, dst, len);
+        held = 0;
       }
     }
-    for (int k = 0; k < held; ++k) foldCells<Fold, 1>(cells + k, out, count);
-  }
+  for (int k = 0; k < held; ++k) foldCells<Fold, 1>(cells + k, dst, len);
+}
+
+// One row of outputs, in blocks that stay in the cache while cell after cell is folded in.
+template <class Fold, int channels, class T>
+void directRow(const T* src, int srcStep, T* dst, int width, const Tev8u* kernel, int kernelWidth, int kernelHeight) {
+  constexpr int blockLength = 4096 / sizeof(T);
+  const auto image = rows(src, srcStep);
+  const int len = width * channels;
+  for (int begin = 0; begin < len; begin += blockLength)
+    foldElement<Fold>(kernel, kernelWidth, kernelHeight, dst + begin, std::min(blockLength, len - begin),
+                      [=](int i, int j) { return image[i] + begin + j * channels; });
 }
 
 template <class Fold, int channels, class T>
@@ -560,30 +562,36 @@ class General {
                                roi_.width, outputs, kernel_, w, h);
   }
 
-  // Columns x0 to x1 of the rows whose windows lie between top and bottom.
+  // Output columns x0 to x1, a margin, of the rows whose windows lie between top and bottom. Margins are narrow, so the
+  // vectors run down: source columns are turned into lines of the work area, in strips of rows that fit there. Cells
+  // outside the image see the edge column; for the folds it is the same whether a row of the element sees it once or
+  // several times in turn.
   void margin(int x0, int x1) const {
-    for (int y = state_.anchorY; y < roi_.height - state_.bottomExtent; ++y)
+    if (x0 == x1) return;
+    const int w = state_.width, h = state_.height, last = roi_.width - 1;
+    const int leftmost = std::max(0, x0 - state_.anchorX), rightmost = std::min(last, x1 - 1 + state_.rightExtent);
+    const int lines = (rightmost - leftmost + 1) * channels;
+    constexpr std::int64_t longestLine = 2048;
+    const std::int64_t workElements = std::int64_t{2} * h * state_.rowStride / std::int64_t{sizeof(T)};
+    const int lineLength = static_cast<int>(std::min(workElements / (lines + 1), longestLine + h));
+    const auto work = rows(reinterpret_cast<T*>(state_.work), lineLength * int{sizeof(T)});
+    T* const out = work[lines];
+    const int end = roi_.height - state_.bottomExtent;
+    for (int y = state_.anchorY, outputs; y < end; y += outputs) {
+      outputs = std::min(lineLength - (h - 1), end - y);
+      for (int r = 0; r < outputs + h - 1; ++r) {
+        const T* const row = src_[y - state_.anchorY + r] + leftmost * channels;
+        for (int i = 0; i < lines; ++i) work[i][r] = row[i];
+      }
       for (int x = x0; x < x1; ++x)
-        for (int c = 0; c < channels; ++c) dst_[y][x * channels + c] = marginPixel(x, y, c);
-  }
-
-  // All cells outside the image see the edge pixel: it counts once a row of the element, in its place in the order.
-  T marginPixel(int x, int y, int c) const {
-    const int w = state_.width, first = x - state_.anchorX, begin = std::max(0, -first),
-              end = std::min(w, roi_.width - first);
-    T accumulated = Fold::template neutral<T>;
-    for (int i = 0; i < state_.height; ++i) {
-      const Tev8u* const cells = kernel_ + std::ptrdiff_t{i} * w;
-      const T* const row = src_[y - state_.anchorY + i] + c;
-      const auto anySet = [&](int from, int to) {
-        return std::any_of(cells + from, cells + to, [](Tev8u cell) { return cell != 0; });
-      };
-      if (anySet(0, begin)) accumulated = Fold::of(accumulated, row[0]);
-      for (int j = begin; j < end; ++j)
-        if (cells[j] != 0) accumulated = Fold::of(accumulated, row[(first + j) * channels]);
-      if (anySet(end, w)) accumulated = Fold::of(accumulated, row[(roi_.width - 1) * channels]);
+        for (int c = 0; c < channels; ++c) {
+          foldElement<Fold>(kernel_, w, h, out, outputs, [=, this](int i, int j) {
+            const int column = std::clamp(x - state_.anchorX + j, 0, last);
+            return work[(column - leftmost) * channels + c] + i;
+          });
+          for (int k = 0; k < outputs; ++k) dst_[y + k][x * channels + c] = out[k];
+        }
     }
-    return accumulated;
   }
 
   Rows<const T> src_;
