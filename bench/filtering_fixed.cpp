@@ -7,11 +7,12 @@ using bench::hd;
 
 // A call of one filter over noise, with its buffer: filter(src, srcStep, dst, dstStep, buffer).
 template <class Src, class Dst, class Size, class Filter>
-bool add(std::string name, double target, Size size, Filter filter, int threads = 1) {
+bool add(std::string name, double target, Size size, Filter filter, int threads = 1, Src scale = 1) {
   return bench::add({.name = std::move(name), .target = target, .threads = threads, .prepare = [=] {
                        int bytes = 0;
                        size(&bytes);
                        auto src = bench::noise<Src>();
+                       for (Src& pixel : *src) pixel = static_cast<Src>(pixel * scale);
                        auto dst = bench::noise<Dst>(hd, 1, 2);
                        auto buffer = std::make_shared<std::vector<Tev8u>>(bytes);
                        return [=] {
@@ -51,6 +52,22 @@ TEV_BENCH_MASK_FILTER(lowpass5, "Lowpass 5x5 8u", 0, Tev8u, Tev8u, teviFilterLow
                       teviFilterLowpassGetBufferSize_8u_C1R, tevMskSize5x5, 1);
 TEV_BENCH_MASK_FILTER(lowpass532f, "Lowpass 5x5 32f", 40, Tev32f, Tev32f, teviFilterLowpassBorder_32f_C1R,
                       teviFilterLowpassGetBufferSize_32f_C1R, tevMskSize5x5, 1);
+
+// Pixels with 24 significant bits, whose sums are not exact in float.
+const bool sobel32fFractions = add<Tev32f, Tev32f>(
+    "Sobel 3x3 32f, fractions", 0,
+    [](int* bytes) { teviFilterSobelVertGetBufferSize_32f_C1R(hd, tevMskSize3x3, bytes); },
+    [](const Tev32f* s, int ss, Tev32f* d, int ds, Tev8u* b) {
+      teviFilterSobelVertBorder_32f_C1R(s, ss, d, ds, hd, tevMskSize3x3, tevBorderRepl, 0, b);
+    },
+    1, 1 / 255.0F);
+const bool lowpass32fFractions = add<Tev32f, Tev32f>(
+    "Lowpass 5x5 32f, fractions", 0,
+    [](int* bytes) { teviFilterLowpassGetBufferSize_32f_C1R(hd, tevMskSize5x5, bytes); },
+    [](const Tev32f* s, int ss, Tev32f* d, int ds, Tev8u* b) {
+      teviFilterLowpassBorder_32f_C1R(s, ss, d, ds, hd, tevMskSize5x5, tevBorderRepl, 0, b);
+    },
+    1, 1 / 255.0F);
 
 const bool scharr = add<Tev8u, Tev16s>(
     "Scharr 8u16s", 8, [](int* bytes) { teviFilterScharrVertGetBufferSize_8u16s_C1R(hd, bytes); },
