@@ -7,8 +7,8 @@
 //
 // Three ways give the bits of that definition:
 //   - a term that is exact in a float needs one float addition, which rounds as extended precision does;
-//   - a product that is exact in a double needs one double addition (addProduct);
-//   - a blend rounds three times and runs in double with a guard (addWeighted).
+//   - a product that is exact in a double needs one double addition (addProducts);
+//   - a blend rounds three times and runs in double with a guard (blend).
 // Where a double sum cannot tell on which side of the middle of two floats the true sum lies, extended precision
 // decides.
 #pragma once

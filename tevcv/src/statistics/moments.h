@@ -3,8 +3,9 @@
 // Integers: the sum is exact. Squares are exact within a row and rows are added into a Tev64f. 16-bit elements are
 // squared about the middle of their range, which keeps each square in 32 bits; trueSquares() takes the offset back.
 //
-// Floats: one accumulator a sum, in scan order, held in extended precision over all rows of a share. The order and the
-// width are part of the result, so these chains stay chains.
+// Floats: one accumulator a sum, in scan order, held in extended precision over all rows of a share; it becomes a
+// Tev64f only where a thread's share is stored in its slot. The order and the width are part of the result, so these
+// chains stay chains.
 //
 // A mask costs no branch: a pixel that it leaves out is read, its bits are anded to 0, and 0 is added.
 #pragma once
