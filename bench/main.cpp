@@ -1,23 +1,27 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 
 #include "bench.h"
 #include "tevcore.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+// What the calling thread has used of its processor, so that other work on the machine does not count; the time that
+// passes where an entry runs several threads.
+double now(int threads) {
+  timespec t{};
+  clock_gettime(threads == 1 ? CLOCK_THREAD_CPUTIME_ID : CLOCK_MONOTONIC, &t);
+  return double(t.tv_sec) + 1e-9 * double(t.tv_nsec);
+}
 
 std::vector<bench::Entry>& entries() {
   static std::vector<bench::Entry> all;
   return all;
 }
-
-double seconds(Clock::time_point from) { return std::chrono::duration<double>(Clock::now() - from).count(); }
 
 double median(std::vector<double> times) {
   std::nth_element(times.begin(), times.begin() + static_cast<long>(times.size() / 2), times.end());
@@ -30,10 +34,10 @@ double secondsOfACopy() {
   static std::vector<unsigned char> from(bytes, 1), to(bytes, 2);
   std::vector<double> times;
   for (int i = 0; i < 60; ++i) {
-    const auto start = Clock::now();
+    const double start = now(1);
     std::memcpy(to.data(), from.data(), bytes);
     benchmark::ClobberMemory();
-    times.push_back(seconds(start));
+    times.push_back(now(1) - start);
   }
   return median(times);
 }
@@ -45,9 +49,9 @@ void run(benchmark::State& state, const bench::Entry& entry) {
   const double copyBefore = secondsOfACopy();
   std::vector<double> times;
   for (auto _ : state) {
-    const auto start = Clock::now();
+    const double start = now(entry.threads);
     call();
-    times.push_back(seconds(start));
+    times.push_back(now(entry.threads) - start);
     state.SetIterationTime(times.back());
   }
   const double copy = (copyBefore + secondsOfACopy()) / 2, time = median(times);
