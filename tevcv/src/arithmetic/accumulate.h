@@ -39,13 +39,10 @@ Word keep(const Tev8u* mask, int x) {
     return static_cast<Word>(-1);
 }
 
-// A float factor under a mask.
+// A float factor under a mask: 1.0, or 0.0, which has no bits.
 template <bool masked>
 Tev32f coefficient(const Tev8u* mask, int x) {
-  if constexpr (masked)
-    return mask[x] != 0 ? _tevcvMaskCoeff[1] : _tevcvMaskCoeff[0];
-  else
-    return 1;
+  return std::bit_cast<Tev32f>(std::bit_cast<std::uint32_t>(_tevcvMaskCoeff[1]) & keep<masked>(mask, x));
 }
 
 // Rows run in blocks: quick(first, count, sums) gives the sums of a block, or false where one of them is in doubt; then
