@@ -87,6 +87,12 @@ float special(Random& random) {
   return random.oneIn(4) ? values[random.between(0, 10)] : random.real(2.0F);
 }
 
+// Whole numbers on both sides of 2^16, with a fraction here and there.
+float whole(Random& random) {
+  const int limit = random.oneIn(3) ? 70000 : 65535;
+  return static_cast<float>(random.between(-limit, limit)) + (random.oneIn(60) ? 0.5F : 0.0F);
+}
+
 template <class Member, class Draw>
 void equalsTheDefinition(Draw draw, int trials) {
   Random random;
@@ -109,6 +115,10 @@ TEST(GaussianPyramid32fExample, HalvesAndDoublesAPoint) {
 }
 
 TYPED_TEST(GaussianPyramid32f, EqualsTheDefinitionOnOrdinaryImages) { equalsTheDefinition<TypeParam>(ordinary, 150); }
+TYPED_TEST(GaussianPyramid32f, EqualsTheDefinitionOnWholeNumbers) { equalsTheDefinition<TypeParam>(whole, 150); }
+TYPED_TEST(GaussianPyramid32f, EqualsTheDefinitionOnTheBrightestWholeNumbers) {
+  equalsTheDefinition<TypeParam>([](Random& random) { return random.oneIn(9) ? 65534.0F : 65535.0F; }, 20);
+}
 TYPED_TEST(GaussianPyramid32f, EqualsTheDefinitionWhereExponentsLieFarApart) {
   equalsTheDefinition<TypeParam>(farApart, 150);
 }

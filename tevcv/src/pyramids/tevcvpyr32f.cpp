@@ -3,7 +3,8 @@
 //
 // Every value of an image row is a multiple of the last place of its smallest one. Where the exponents of a few rows
 // lie close together, which holds for all but contrived images, every sum over them is exact in double: the vector form
-// in double gives the extended form's bits then. Other rows take the same code in extended precision.
+// in double gives the extended form's bits then. Where the values are whole numbers below 2^16, as in images that were
+// integers once, every sum is exact in float already. Other rows take the same code in extended precision.
 #include <bit>
 
 #include "gauss5x5.h"
@@ -15,33 +16,60 @@ using namespace tevcv::gauss5x5;
 
 namespace {
 
-// The smallest (zeros aside) and largest magnitude of a row, as the bit patterns of floats, which order like them. The
-// smallest is one too small, so that a zero wraps to the end of the order.
-struct Magnitudes {
+// What the values of a row, or of a few rows, have in common.
+struct Extent {
+  // Magnitudes as the bit patterns of floats, which order like them. The smallest leaves out zeros: it is one too small
+  // here, so that a zero wraps to the end of the order.
   std::uint32_t smallestLess1 = ~std::uint32_t{0};
   std::uint32_t largest = 0;
+  bool whole = true;  // known for values below 2^22 only
 
-  Magnitudes with(const Magnitudes& other) const {
-    return {std::min(smallestLess1, other.smallestLess1), std::max(largest, other.largest)};
+  static constexpr auto limitOfWhole = std::bit_cast<std::uint32_t>(65536.0F);
+
+  Extent with(const Extent& other) const {
+    return {std::min(smallestLess1, other.smallestLess1), std::max(largest, other.largest), whole && other.whole};
   }
 
+  // The weights of a sum through both directions add up to 256: 24 bits hold every sum of whole numbers below 2^16.
+  bool sumsAreExactInFloat() const { return whole && largest < limitOfWhole; }
+
   // With the smallest value's exponent e, all values and all sums of them, rounded to float or not, are multiples of
-  // 2^(e - 23). The weights of a sum through both directions add up to 256, so sums stay below 2^(8 + 1) times the
-  // largest power of two: 53 bits hold them all while the exponents differ by 21 at most.
+  // 2^(e - 23). Sums stay below 2^(8 + 1) times the largest power of two: 53 bits hold them all while the exponents
+  // differ by 21 at most.
   bool sumsAreExactInDouble() const {
     const int low = std::max(static_cast<int>((smallestLess1 + 1) >> 23), 1), high = static_cast<int>(largest >> 23);
     return largest == 0 || (high < 255 && high - low <= 21);
   }
 };
 
-Magnitudes magnitudes(const Tev32f* s, int n) {
-  std::uint32_t smallestLess1 = ~std::uint32_t{0}, largest = 0;
+constexpr std::uint32_t bitsOf(Tev32f value) { return std::bit_cast<std::uint32_t>(value); }
+constexpr std::uint32_t magnitudeOf(Tev32f value) { return bitsOf(value) & 0x7FFFFFFFU; }
+
+Extent extentOf(const Tev32f* s, int n) {
+  // Adding this leaves no bits for a fraction.
+  constexpr Tev32f shifter = 12582912.0F;
+  std::uint32_t largest = 0, fractions = 0;
   for (int i = 0; i < n; ++i) {
-    const std::uint32_t magnitude = std::bit_cast<std::uint32_t>(s[i]) & 0x7FFFFFFFU;
-    smallestLess1 = std::min(smallestLess1, magnitude - 1);
-    largest = std::max(largest, magnitude);
+    largest = std::max(largest, magnitudeOf(s[i]));
+    fractions |= bitsOf((s[i] + shifter) - shifter - s[i]);
   }
-  return {smallestLess1, largest};
+  // Differences of whole numbers are zeros of either sign, and none of those numbers is below 1.
+  Extent extent = {bitsOf(1.0F) - 1, largest, (fractions & 0x7FFFFFFFU) == 0};
+  if (extent.sumsAreExactInFloat()) return extent;
+  extent.smallestLess1 = ~std::uint32_t{0};
+  for (int i = 0; i < n; ++i) extent.smallestLess1 = std::min(extent.smallestLess1, magnitudeOf(s[i]) - 1);
+  return extent;
+}
+
+// Calls work with a value of the fastest type in which all sums within the extent are those of extended precision.
+template <class Work>
+void inExactType(const Extent& extent, Work work) {
+  if (extent.sumsAreExactInFloat())
+    work(Tev32f{});
+  else if (extent.sumsAreExactInDouble())
+    work(Tev64f{});
+  else
+    work(Extended{});
 }
 
 // ---- Down -----------------------------------------------------------------------------------------------------------
@@ -83,21 +111,18 @@ template <int channels>
 void reduceImage(Rows<const Tev32f> src, Rows<Tev32f> dst, TevSize roi, Tev8u* buffer) {
   const int n = halved(roi.width) * channels;
   const Ring<Tev32f> ring(buffer, halved(roi.width), channels);
-  Magnitudes range[downRingRows];
+  Extent extent[downRingRows];
   reduceRows(
       roi.height,
       [&](int y, int slot) {
-        range[slot] = magnitudes(src[y], roi.width * channels);
-        if (range[slot].sumsAreExactInDouble())
-          reduceRow<Tev64f, channels>(src[y], roi.width, ring[slot]);
-        else
-          reduceRow<Extended, channels>(src[y], roi.width, ring[slot]);
+        extent[slot] = extentOf(src[y], roi.width * channels);
+        inExactType(extent[slot],
+                    [&](auto real) { reduceRow<decltype(real), channels>(src[y], roi.width, ring[slot]); });
       },
       [&](int y, int a, int b, int c, int d, int e) {
-        if (range[a].with(range[b]).with(range[c]).with(range[d]).with(range[e]).sumsAreExactInDouble())
-          reduceColumns<Tev64f>(ring[a], ring[b], ring[c], ring[d], ring[e], dst[y], n);
-        else
-          reduceColumns<Extended>(ring[a], ring[b], ring[c], ring[d], ring[e], dst[y], n);
+        inExactType(extent[a].with(extent[b]).with(extent[c]).with(extent[d]).with(extent[e]), [&](auto real) {
+          reduceColumns<decltype(real)>(ring[a], ring[b], ring[c], ring[d], ring[e], dst[y], n);
+        });
       });
 }
 
@@ -132,6 +157,7 @@ void expandRow(const Tev32f* s, int width, Tev32f* r) {
   };
   const int last = width - 1;
   expandPixel(std::min(1, last), 0, std::min(1, last));
+#pragma GCC ivdep
   for (int x = 1; x < last; ++x) expandPixel(x - 1, x, x + 1);
   if (last > 0) expandPixel(last - 1, last, last);
 }
@@ -151,22 +177,19 @@ TevStatus pyrUp(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, TevSiz
   const auto out = rows(dst, dstStep);
   const int n = 2 * roi.width * channels;
   const Ring<Tev32f> ring(buffer, 2 * roi.width, channels);
-  Magnitudes range[upRingRows];
+  Extent extent[upRingRows];
   expandRows(
       roi.height,
       [&](int y, int slot) {
-        range[slot] = magnitudes(in[y], roi.width * channels);
-        if (range[slot].sumsAreExactInDouble())
-          expandRow<Tev64f, channels>(in[y], roi.width, ring[slot]);
-        else
-          expandRow<Extended, channels>(in[y], roi.width, ring[slot]);
+        extent[slot] = extentOf(in[y], roi.width * channels);
+        inExactType(extent[slot],
+                    [&](auto real) { expandRow<decltype(real), channels>(in[y], roi.width, ring[slot]); });
       },
       [&](int above, int at, int below, int y) {
         Tev32f *const even = out[2 * std::ptrdiff_t{y}], *const odd = out[2 * std::ptrdiff_t{y} + 1];
-        if (range[above].with(range[at]).with(range[below]).sumsAreExactInDouble())
-          expandColumns<Tev64f>(ring[above], ring[at], ring[below], even, odd, n);
-        else
-          expandColumns<Extended>(ring[above], ring[at], ring[below], even, odd, n);
+        inExactType(extent[above].with(extent[at]).with(extent[below]), [&](auto real) {
+          expandColumns<decltype(real)>(ring[above], ring[at], ring[below], even, odd, n);
+        });
       });
   return tevStatusOk;
 }
