@@ -34,11 +34,11 @@ void roundGuarded(Tev32f* dst, int count, Fill fill, Definition defined) {
     Tev32f rounded[guardedBlock];
     std::uint32_t doubt = 0;
     for (int i = 0; i < length; ++i) {
-      // The patterns are compared, so that a zero of uncertain sign is in doubt too.
+      // The patterns are compared, so that a zero of uncertain sign is in doubt too, and the values for NaN.
       const auto low = static_cast<Tev32f>(guarded.value[i] - guarded.margin[i]);
       const auto high = static_cast<Tev32f>(guarded.value[i] + guarded.margin[i]);
       doubt |= std::bit_cast<std::uint32_t>(low) ^ std::bit_cast<std::uint32_t>(high);
-      doubt |= guarded.margin[i] < 1e300 ? 0U : 1U;
+      doubt |= low == high ? 0U : 1U;
       rounded[i] = high;
     }
     if (doubt != 0)
