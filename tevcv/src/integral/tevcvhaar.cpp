@@ -5,9 +5,10 @@
 // of the position, and votes one of two values. Votes are added in stored order and compared with the stage's
 // threshold.
 //
-// Sums are defined in extended precision. Where 16 neighbouring positions are all selected they are evaluated together
-// in double precision, with a bound on how far each sum may be off; a position where some comparison lies within its
-// bound is evaluated again as defined. Rejected positions are never read: the tables may not reach there.
+// Selected positions are evaluated sixteen at a time: neighbours where a run of them is selected, else whatever the
+// mask gives next. Float sums are defined in extended precision. They are formed in double precision with a bound on
+// how far each may be off, and a position where some comparison lies within its bound is evaluated again as defined.
+// Rejected positions are never read: the tables may not reach there.
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -256,24 +257,26 @@ Offsets offsetsOf(const Feature& f, int stepElements) {
           offset(f.colC, f.rowC, stepElements), offset(f.colD, f.rowD, stepElements)};
 }
 
-// One row of positions in a table whose corners are worked out at each read.
+// A table whose corners are worked out at each read.
 template <class T>
-struct PlainRow {
-  const T* row;
+struct PlainTable {
+  const T* base;
   int stepElements;
 
-  const T* table(const Classifier&) const { return row; }
+  static bool readsTilted(const Classifier&) { return false; }
+  const T* of(const Classifier&) const { return base; }
   Offsets offsets(const Classifier&, const Feature& f) const { return offsetsOf(f, stepElements); }
 };
 
 // The same, with all corners worked out beforehand, four for each feature in stored order.
 template <class T>
-struct IndexedRow {
-  const T* row;
+struct IndexedTable {
+  const T* base;
   const Feature* firstFeature;
   const Tev32s* index;
 
-  const T* table(const Classifier&) const { return row; }
+  static bool readsTilted(const Classifier&) { return false; }
+  const T* of(const Classifier&) const { return base; }
   Offsets offsets(const Classifier&, const Feature& f) const {
     const Tev32s* const corners = index + 4 * (&f - firstFeature);
     return {corners[0], corners[1], corners[2], corners[3]};
@@ -282,21 +285,22 @@ struct IndexedRow {
 
 // Upright classifiers read one table and tilted ones another.
 template <class T>
-struct MixedRow {
-  PlainRow<T> upright, tilted;
+struct MixedTables {
+  PlainTable<T> upright, tilted;
 
-  const PlainRow<T>& of(const Classifier& c) const { return c.indexAndTilt & 1 ? tilted : upright; }
-  const T* table(const Classifier& c) const { return of(c).row; }
-  Offsets offsets(const Classifier& c, const Feature& f) const { return of(c).offsets(c, f); }
+  static bool readsTilted(const Classifier& c) { return c.indexAndTilt & 1; }
+  const T* of(const Classifier& c) const { return readsTilted(c) ? tilted.base : upright.base; }
+  Offsets offsets(const Classifier& c, const Feature& f) const {
+    return offsetsOf(f, readsTilted(c) ? tilted.stepElements : upright.stepElements);
+  }
 };
 
 // A rectangle's sum. That of an integer table wraps.
 Extended rectangle(const Tev32f* p, const Offsets& o) {
   return static_cast<Extended>(p[o.a]) - p[o.b] - p[o.c] + p[o.d];
 }
-Tev32s rectangle(const Tev32s* p, const Offsets& o) {
-  return wrapAdd(wrapSub(wrapSub(p[o.a], p[o.b]), p[o.c]), p[o.d]);
-}
+Tev32s difference(Tev32s a, Tev32s b, Tev32s c, Tev32s d) { return wrapAdd(wrapSub(wrapSub(a, b), c), d); }
+Tev32s rectangle(const Tev32s* p, const Offsets& o) { return difference(p[o.a], p[o.b], p[o.c], p[o.d]); }
 
 bool isSmallInteger(Tev32f v) { return v == std::trunc(v) && std::fabs(v) <= 1 << 16; }
 
@@ -371,146 +375,215 @@ struct Stage {
   Form form;
 };
 
-// The definition: whether position x of a row stays selected.
-template <class Form, class Row>
-bool stays(const Stage<Form>& stage, const Row& row, typename Form::Element norm, int x) {
+// The definition: whether a position stays selected. `at` is its place in the upright table, `tiltedAt` in the tilted.
+template <class Form, class Tables>
+bool stays(const Stage<Form>& stage, const Tables& tables, typename Form::Element norm, std::ptrdiff_t at,
+           std::ptrdiff_t tiltedAt) {
   using Element = typename Form::Element;
   typename Form::Vote votes = 0;
   for (const Classifier *c = stage.state.classifiers, *end = c + stage.state.classifierCount; c != end; ++c) {
-    const auto* const p = row.table(*c) + x;
+    const auto* const p = tables.of(*c) + (tables.readsTilted(*c) ? tiltedAt : at);
     typename Form::Sum sum = 0;
     for (const Feature *f = c->features, *last = f + c->count; f != last; ++f)
-      sum += stage.form.product(get<Element>(f->weight), rectangle(p, row.offsets(*c, *f)));
+      sum += stage.form.product(get<Element>(f->weight), rectangle(p, tables.offsets(*c, *f)));
     const bool above = stage.form.isAbove(sum, get<Element>(c->threshold), norm);
     votes += static_cast<typename Form::Vote>(get<Element>(above ? c->aboveValue : c->belowValue));
   }
   return !stage.form.isBelow(votes, stage.threshold);
 }
 
-// Clears the mask at the selected positions from x to end that the stage rejects, and tells how many stay.
-template <class Form, class Row>
-int applyOneByOne(const Stage<Form>& stage, const Row& row, const typename Form::Element* norm, Tev8u* mask, int x,
-                  int end) {
-  int positive = 0;
-  for (; x < end; ++x) {
-    if (!mask[x]) continue;
-    if (stays(stage, row, norm[x], x))
-      ++positive;
-    else
-      mask[x] = 0;
-  }
-  return positive;
-}
-
-// ---- Sixteen positions at once ----
+// ---- Sixteen positions together ----
 
 constexpr int lanes = 16;
 
-// Clears the mask at the lanes that the stage rejects, and tells how many stay.
-template <class Form, class Row>
-int applyToLanes(const Stage<Form>& stage, const Row& row, const Tev32s* norm, Tev8u* mask, int x) {
-  typename Form::Vote votes[lanes] = {};
-  for (const Classifier *c = stage.state.classifiers, *end = c + stage.state.classifierCount; c != end; ++c) {
-    const auto* const p = row.table(*c) + x;
-    typename Form::Sum sums[lanes] = {};
-    for (const Feature *f = c->features, *last = f + c->count; f != last; ++f) {
-      const Offsets o = row.offsets(*c, *f);
-      const Tev32s weight = f->weight.s;
-      for (int i = 0; i < lanes; ++i) sums[i] += stage.form.product(weight, rectangle(p + i, o));
-    }
-    const Tev32s threshold = c->threshold.s, above = c->aboveValue.s, below = c->belowValue.s;
-    for (int i = 0; i < lanes; ++i)
-      votes[i] += static_cast<typename Form::Vote>(stage.form.isAbove(sums[i], threshold, norm[x + i]) ? above : below);
+// Neighbours in one row.
+template <class Element>
+struct Neighbours {
+  struct Places {
+    std::ptrdiff_t first;
+    std::ptrdiff_t operator[](int i) const { return first + i; }
+  };
+  std::ptrdiff_t at, tiltedAt;  // the first one's place in the tables
+  const Element* norms;
+  Tev8u* masks;
+
+  static constexpr int count() { return lanes; }
+  Places places(bool tilted) const { return {tilted ? tiltedAt : at}; }
+  Element norm(int i) const { return norms[i]; }
+  Tev8u& mask(int i) const { return masks[i]; }
+};
+
+// Positions from anywhere, in the order of the image. Lanes that are not taken repeat the last position.
+template <class Element>
+class Scattered {
+ public:
+  int count() const { return count_; }
+  bool isFull() const { return count_ == lanes; }
+  void clear() { count_ = 0; }
+  void add(std::ptrdiff_t at, std::ptrdiff_t tiltedAt, Element norm, Tev8u* mask) {
+    at_[count_] = at;
+    tiltedAt_[count_] = tiltedAt;
+    norms_[count_] = norm;
+    masks_[count_++] = mask;
   }
+  void fillUp() {
+    std::fill(at_ + count_, at_ + lanes, at_[count_ - 1]);
+    std::fill(tiltedAt_ + count_, tiltedAt_ + lanes, tiltedAt_[count_ - 1]);
+    std::fill(norms_ + count_, norms_ + lanes, norms_[count_ - 1]);
+  }
+
+  const std::ptrdiff_t* places(bool tilted) const { return tilted ? tiltedAt_ : at_; }
+  Element norm(int i) const { return norms_[i]; }
+  Tev8u& mask(int i) const { return *masks_[i]; }
+
+ private:
+  int count_ = 0;
+  std::ptrdiff_t at_[lanes], tiltedAt_[lanes];
+  Element norms_[lanes];
+  Tev8u* masks_[lanes];
+};
+
+// The four corners of a feature at all lanes.
+template <class T>
+struct CornerLanes {
+  T a[lanes], b[lanes], c[lanes], d[lanes];
+
+  template <class Places>
+  CornerLanes(const T* p, const Places& at, const Offsets& o) {
+    for (int i = 0; i < lanes; ++i) a[i] = p[at[i] + o.a];
+    for (int i = 0; i < lanes; ++i) b[i] = p[at[i] + o.b];
+    for (int i = 0; i < lanes; ++i) c[i] = p[at[i] + o.c];
+    for (int i = 0; i < lanes; ++i) d[i] = p[at[i] + o.d];
+  }
+};
+
+// Clears the masks of the positions that the stage rejects, and tells how many stay.
+template <class Positions, class Stays>
+int thin(const Positions& positions, Stays staysAt) {
   int positive = 0;
-  for (int i = 0; i < lanes; ++i) {
-    const bool stay = !stage.form.isBelow(votes[i], stage.threshold);
-    mask[x + i] = stay ? mask[x + i] : 0;
+  for (int i = 0; i < positions.count(); ++i) {
+    const bool stay = staysAt(i);
+    positions.mask(i) = stay ? positions.mask(i) : 0;
     positive += stay;
   }
   return positive;
 }
 
-// A rectangle's sum in double precision and the size of its terms. The differences of an integer table are exact.
-Tev64f rectangleInDouble(const Tev32f* p, const Offsets& o) {
-  return static_cast<Tev64f>(p[o.a]) - p[o.b] - p[o.c] + p[o.d];
+template <class Form, class Tables, class Positions>
+int applyToLanes(const Stage<Form>& stage, const Tables& tables, const Positions& positions) {
+  typename Form::Vote votes[lanes] = {};
+  for (const Classifier *c = stage.state.classifiers, *end = c + stage.state.classifierCount; c != end; ++c) {
+    const auto* const p = tables.of(*c);
+    const auto at = positions.places(tables.readsTilted(*c));
+    typename Form::Sum sums[lanes] = {};
+    for (const Feature *f = c->features, *last = f + c->count; f != last; ++f) {
+      const Tev32s weight = f->weight.s;
+      const CornerLanes t(p, at, tables.offsets(*c, *f));
+      for (int i = 0; i < lanes; ++i) sums[i] += stage.form.product(weight, difference(t.a[i], t.b[i], t.c[i], t.d[i]));
+    }
+    const Tev32s threshold = c->threshold.s, above = c->aboveValue.s, below = c->belowValue.s;
+    for (int i = 0; i < lanes; ++i)
+      votes[i] +=
+          static_cast<typename Form::Vote>(stage.form.isAbove(sums[i], threshold, positions.norm(i)) ? above : below);
+  }
+  return thin(positions, [&](int i) { return !stage.form.isBelow(votes[i], stage.threshold); });
 }
-Tev64f rectangleInDouble(const Tev32s* p, const Offsets& o) { return rectangle(p, o); }
-Tev32f termsOf(const Tev32f* p, const Offsets& o) {
-  return std::fabs(p[o.a]) + std::fabs(p[o.b]) + std::fabs(p[o.c]) + std::fabs(p[o.d]);
+
+// Adds a feature's weighted sums in double precision, and the size of the terms that were rounded. The differences of
+// an integer table are exact.
+void addInDouble(Tev64f (&sums)[lanes], Tev32f (&terms)[lanes], Tev32f weight, const CornerLanes<Tev32f>& t) {
+  const Tev64f factor = weight;
+  const Tev32f size = std::fabs(weight);
+  for (int i = 0; i < lanes; ++i) sums[i] += factor * (static_cast<Tev64f>(t.a[i]) - t.b[i] - t.c[i] + t.d[i]);
+  for (int i = 0; i < lanes; ++i)
+    terms[i] += size * (std::fabs(t.a[i]) + std::fabs(t.b[i]) + std::fabs(t.c[i]) + std::fabs(t.d[i]));
 }
-Tev32f termsOf(const Tev32s* p, const Offsets& o) { return std::fabs(static_cast<Tev32f>(rectangle(p, o))); }
+void addInDouble(Tev64f (&sums)[lanes], Tev32f (&terms)[lanes], Tev32f weight, const CornerLanes<Tev32s>& t) {
+  const Tev64f factor = weight;
+  const Tev32f size = std::fabs(weight);
+  Tev32s differences[lanes];
+  for (int i = 0; i < lanes; ++i) differences[i] = difference(t.a[i], t.b[i], t.c[i], t.d[i]);
+  for (int i = 0; i < lanes; ++i) sums[i] += factor * differences[i];
+  for (int i = 0; i < lanes; ++i) terms[i] += size * std::fabs(static_cast<Tev32f>(differences[i]));
+}
 
 // A bound of twice the roundings of 2^-53 that each term of a weighted sum goes through; none for an integer table with
 // a few small whole weights. Each comparison is made at both ends of the bound, and a lane where they differ is
 // doubtful.
-template <class Row>
-int applyToLanes(const Stage<Floats>& stage, const Row& row, const Tev32f* norm, Tev8u* mask, int x) {
+template <class Tables, class Positions>
+int applyToLanes(const Stage<Floats>& stage, const Tables& tables, const Positions& positions) {
   constexpr Tev64f infinity = std::numeric_limits<Tev64f>::infinity();
   Tev64f votes[lanes] = {};
   Tev32s doubtful[lanes] = {};
   for (const Classifier *c = stage.state.classifiers, *end = c + stage.state.classifierCount; c != end; ++c) {
-    const auto* const p = row.table(*c) + x;
+    const auto* const p = tables.of(*c);
+    const auto at = positions.places(tables.readsTilted(*c));
     bool exact = std::is_integral_v<std::remove_cvref_t<decltype(*p)>> && c->count < 32;
     Tev64f sums[lanes] = {};
     Tev32f terms[lanes];
     for (Tev32f& t : terms) t = std::numeric_limits<Tev32f>::min();  // what the smallest products may vanish to
     for (const Feature *f = c->features, *last = f + c->count; f != last; ++f) {
-      const Offsets o = row.offsets(*c, *f);
-      const Tev32f weight = f->weight.f, size = std::fabs(weight);
-      for (int i = 0; i < lanes; ++i) sums[i] += static_cast<Tev64f>(weight) * rectangleInDouble(p + i, o);
-      for (int i = 0; i < lanes; ++i) terms[i] += size * termsOf(p + i, o);
-      exact &= isSmallInteger(weight);
+      exact = exact && isSmallInteger(f->weight.f);
+      addInDouble(sums, terms, f->weight.f, CornerLanes(p, at, tables.offsets(*c, *f)));
     }
     const Tev64f slack = exact ? 0 : (c->count + 8) * 0x1p-52;
     const Tev64f threshold = c->threshold.f, above = c->aboveValue.f, below = c->belowValue.f;
     for (int i = 0; i < lanes; ++i) {
-      const Tev64f limit = threshold * norm[x + i], bound = slack * terms[i];
+      const Tev64f limit = threshold * positions.norm(i), bound = slack * terms[i];
       const bool atLeast = limit <= sums[i] - bound, atMost = limit <= sums[i] + bound;
       votes[i] += atLeast ? above : below;
       doubtful[i] |= (atLeast != atMost) | !(bound < infinity);
     }
   }
-  int positive = 0;
-  for (int i = 0; i < lanes; ++i) {
-    const bool atLeast = !(votes[i] - stage.form.voteSlack < stage.threshold);
-    const bool atMost = !(votes[i] + stage.form.voteSlack < stage.threshold);
-    const bool stay = doubtful[i] || atLeast != atMost ? stays(stage, row, norm[x + i], x + i) : atLeast;
-    mask[x + i] = stay ? mask[x + i] : 0;
-    positive += stay;
-  }
-  return positive;
+  const Tev64f slack = stage.form.voteSlack;
+  return thin(positions, [&](int i) {
+    const bool atLeast = !(votes[i] - slack < stage.threshold), atMost = !(votes[i] + slack < stage.threshold);
+    if (!doubtful[i] && atLeast == atMost) return atLeast;
+    return stays(stage, tables, positions.norm(i), positions.places(false)[i], positions.places(true)[i]);
+  });
 }
 
-// ---- A row, a region ----
-
-// Clears the mask where the stage rejects, and tells how many positions stay.
-template <class Form, class Row>
-int applyToRow(const Stage<Form>& stage, const Row& row, const typename Form::Element* norm, Tev8u* mask, int width) {
-  int positive = 0, x = 0;
-  for (; x + lanes <= width; x += lanes) {
-    int selected = 0;
-    for (int i = 0; i < lanes; ++i) selected += mask[x + i] != 0;
-    if (selected == lanes)
-      positive += applyToLanes(stage, row, norm, mask, x);
-    else if (selected != 0)
-      positive += applyOneByOne(stage, row, norm, mask, x, x + lanes);
-  }
-  return positive + applyOneByOne(stage, row, norm, mask, x, width);
-}
-
-// The images of an apply function. `rowAt(y)` gives the corners of row y.
-template <class Form, class RowAt>
-int applyToRegion(const Stage<Form>& stage, RowAt rowAt, Rows<const typename Form::Element> norm, Rows<Tev8u> mask,
-                  TevSize roi) {
-  int positive = 0;
-  for (int y = 0; y < roi.height; ++y) positive += applyToRow(stage, rowAt(y), norm[y], mask[y], roi.width);
-  return positive;
-}
+// ---- A region ----
 
 template <class T>
 constexpr int elements(int step) {
   return step / int{sizeof(T)};
+}
+
+// Clears the mask where the stage rejects, and tells how many positions stay. Steps of the tables count elements.
+template <class Form, class Tables>
+int applyToRegion(const Stage<Form>& stage, const Tables& tables, int step, int tiltedStep,
+                  Rows<const typename Form::Element> norms, Rows<Tev8u> masks, TevSize roi) {
+  using Element = typename Form::Element;
+  Scattered<Element> scattered;
+  int positive = 0;
+  for (int y = 0; y < roi.height; ++y) {
+    const Element* const norm = norms[y];
+    Tev8u* const mask = masks[y];
+    const std::ptrdiff_t at = std::ptrdiff_t{y} * step, tiltedAt = std::ptrdiff_t{y} * tiltedStep;
+    for (int x = 0; x < roi.width; x += lanes) {
+      const int end = std::min(x + lanes, roi.width);
+      int selected = 0;
+      for (int i = x; i < end; ++i) selected += mask[i] != 0;
+      if (selected == 0) continue;
+      if (selected == lanes) {
+        positive += applyToLanes(stage, tables, Neighbours<Element>{at + x, tiltedAt + x, norm + x, mask + x});
+        continue;
+      }
+      for (int i = x; i < end; ++i) {
+        if (!mask[i]) continue;
+        scattered.add(at + i, tiltedAt + i, norm[i], mask + i);
+        if (!scattered.isFull()) continue;
+        positive += applyToLanes(stage, tables, scattered);
+        scattered.clear();
+      }
+    }
+  }
+  if (scattered.count() != 0) {
+    scattered.fillUp();
+    positive += applyToLanes(stage, tables, scattered);
+  }
+  return positive;
 }
 
 // Over one table. All corners are indexed once; without memory for the index they are worked out at each read, which
@@ -519,16 +592,12 @@ template <class Form, class T>
 int applyUpright(const Stage<Form>& stage, const T* src, int srcStep, const typename Form::Element* norm, int normStep,
                  Tev8u* mask, int maskStep, TevSize roi) {
   const State& state = stage.state;
-  const auto table = rows(src, srcStep);
   const int step = elements<T>(srcStep);
+  const auto applyTo = [&](const auto& table) {
+    return applyToRegion(stage, table, step, step, rows(norm, normStep), rows(mask, maskStep), roi);
+  };
   Tev32s* const index = tevsMalloc_32s(4 * state.featureCount);
-  if (!index)
-    return applyToRegion(
-        stage,
-        [=](int y) {
-          return PlainRow<T>{table[y], step};
-        },
-        rows(norm, normStep), rows(mask, maskStep), roi);
+  if (!index) return applyTo(PlainTable<T>{src, step});
   const Feature* const features = state.classifiers->features;
   for (int i = 0; i < state.featureCount; ++i) {
     const Feature& f = features[i];
@@ -537,12 +606,7 @@ int applyUpright(const Stage<Form>& stage, const T* src, int srcStep, const type
     index[4 * i + 2] = offset(f.colC, f.rowC, step);
     index[4 * i + 3] = offset(f.colD, f.rowD, step);
   }
-  const int positive = applyToRegion(
-      stage,
-      [=](int y) {
-        return IndexedRow<T>{table[y], features, index};
-      },
-      rows(norm, normStep), rows(mask, maskStep), roi);
+  const int positive = applyTo(IndexedTable<T>{src, features, index});
   tevsFree(index);
   return positive;
 }
@@ -576,12 +640,10 @@ TevStatus applyMixed(const T* src, int srcStep, const T* tilt, int tiltStep, con
                        wholeElements<T>(tiltStep), failUnless(scaleFactor <= 0, tevStatusBadArg)))
     return s;
   // A tilted table has a border of its own: one row above and one column to the left.
-  const auto rowAt = [=](int y) {
-    return MixedRow<T>{{rows(src, srcStep)[y], elements<T>(srcStep)},
-                       {rows(tilt, tiltStep)[std::ptrdiff_t{y} + 1] + 1, elements<T>(tiltStep)}};
-  };
-  *pPositive = applyToRegion(Stage<Form>{*state, threshold, Form(*state, scaleFactor)}, rowAt, rows(norm, normStep),
-                             rows(mask, maskStep), roi);
+  const int step = elements<T>(srcStep), tiltedStep = elements<T>(tiltStep);
+  const MixedTables<T> tables = {{src, step}, {tilt + tiltedStep + 1, tiltedStep}};
+  *pPositive = applyToRegion(Stage<Form>{*state, threshold, Form(*state, scaleFactor)}, tables, step, tiltedStep,
+                             rows(norm, normStep), rows(mask, maskStep), roi);
   return tevStatusOk;
 }
 
