@@ -252,6 +252,133 @@ TEV_API TevStatus teviGradientColorToGray_32f_C3C1R(const Tev32f* src, int srcSt
                                                     TevSize roiSize, TevNorm norm);
 /** @} */
 
+/**
+ * @name Row and column pipelines
+ * A separable filter in two stages that meet in rows owned by the caller. The row stage filters each row of `src` and
+ * writes it through an array of row pointers; the column stage reads an array of row pointers and writes an image. With
+ * `k` for `kernelSize` and `e` for the row extended on the left and right by `borderType`:
+ *
+ *     row:     ppDst[y][x] = scaled(sum over j of kernel[j] * e(x - anchor + j))
+ *     column:  dst(x, y)   = scaled(sum over j of kernel[j] * ppSrc[y + j][x])
+ *
+ * Taps are used in the order in which they stand (correlation). Channels are filtered independently.
+ *
+ * `ppDst` holds `roiSize.height` pointers and `ppSrc` `roiSize.height + kernelSize - 1`, each to a row of
+ * `roiSize.width` pixels. What the extra pointers of the column stage point at is the caller's choice, repeated rows
+ * included: that is its vertical border, and a circular store of few rows is enough for an image of any height. The
+ * border rules are infinite: a row narrower than the kernel goes on bouncing or repeating. `borderValue` is the pixel
+ * outside for #tevBorderConst, in three-channel members a pointer to three elements that may be null for other types.
+ * `anchor` is 0 to `kernelSize - 1`.
+ *
+ * Integer results are `sum / divisor`, truncated toward zero after clamping to the destination's range; `divisor` is
+ * any number but 0. How the division is done is part of each member's result:
+ *
+ * | Member                             | Sum            | Times                                                   |
+ * |------------------------------------|----------------|---------------------------------------------------------|
+ * | row 8u16s C1                       | 32 bits        | 1 / divisor rounded to Tev32f                           |
+ * | row 8u16s C3                       | 32 bits        | 1 / divisor in extended precision                       |
+ * | row 16s C1, 3 or 5 taps; C3 5 taps | exact          | 1 / divisor rounded to Tev32f                           |
+ * | row 16s C1, other                  | extended       | taps kernel[j] * (1 / divisor), each rounded to Tev32f  |
+ * | row 16s C3, other                  | exact          | 1 / divisor in extended precision                       |
+ * | row Low_16s                        | 32 bits, wraps | trunc(16384 / divisor) * 2^-14; C1 5 taps: as a Tev32f  |
+ * | column 16s, 16s8u, 16s8s           | exact          | 1 / divisor in extended precision                       |
+ * | column Low_16s                     | 32 bits, wraps | 1 / divisor in extended precision                       |
+ *
+ * The Low members do not clamp: they store the low 16 bits of the scaled value, and the 14-bit fraction understates
+ * results (a divisor above 16384 gives zeros). The 32f members sum in extended precision, in tap order from zero, and
+ * round once.
+ *
+ * `buffer` is scratch of the size, in bytes, that the matching `GetBufferSize` stores in `*pSize`, at any address; its
+ * contents mean nothing between calls. The size depends on the region's height, the kernel's length and the thread
+ * setting, which must be the same at the query and at the call. Large regions are divided among threads by whole rows;
+ * results do not depend on that.
+ *
+ * @return Row stages, in this order: #tevStatusNullPtr (`src`, `ppDst`, `kernel`, `buffer`), #tevStatusBadSize (width,
+ *         height or `kernelSize` below 1), #tevStatusBadAnchor, #tevStatusBadStep (`srcStep` shorter than the row),
+ *         #tevStatusStepNotAligned (16s, 32f), for three channels #tevStatusNullPtr (null `borderValue` with
+ *         #tevBorderConst), #tevStatusBadArg (`borderType` outside 0..4), #tevStatusBadArg (`divisor` 0). A null entry
+ *         of `ppDst` gives #tevStatusNullPtr when its row is reached: the rows before it are written, and with several
+ *         threads those of other threads as well.
+ *         Column stages: #tevStatusNullPtr (`ppSrc`, `dst`, `kernel`), #tevStatusBadSize, #tevStatusBadStep,
+ *         #tevStatusStepNotAligned (16s, 32f), #tevStatusNullPtr (`buffer`), #tevStatusBadArg (`divisor` 0),
+ *         #tevStatusNullPtr (any entry of `ppSrc`; nothing is written).
+ *         Size queries: #tevStatusNullPtr (`pSize`), #tevStatusBadSize (width, height or `kernelSize` below 1).
+ * @see R. C. Gonzalez, R. E. Woods, "Digital Image Processing", 2nd edition, 2002 (separable convolution).
+ * @{
+ */
+TEV_API TevStatus teviFilterRowBorderPipeline_8u16s_C1R(const Tev8u* src, int srcStep, Tev16s** ppDst, TevSize roiSize,
+                                                        const Tev16s* kernel, int kernelSize, int anchor,
+                                                        TevBorderType borderType, Tev8u borderValue, int divisor,
+                                                        Tev8u* buffer);
+TEV_API TevStatus teviFilterRowBorderPipeline_8u16s_C3R(const Tev8u* src, int srcStep, Tev16s** ppDst, TevSize roiSize,
+                                                        const Tev16s* kernel, int kernelSize, int anchor,
+                                                        TevBorderType borderType, const Tev8u* borderValue, int divisor,
+                                                        Tev8u* buffer);
+TEV_API TevStatus teviFilterRowBorderPipeline_16s_C1R(const Tev16s* src, int srcStep, Tev16s** ppDst, TevSize roiSize,
+                                                      const Tev16s* kernel, int kernelSize, int anchor,
+                                                      TevBorderType borderType, Tev16s borderValue, int divisor,
+                                                      Tev8u* buffer);
+TEV_API TevStatus teviFilterRowBorderPipeline_16s_C3R(const Tev16s* src, int srcStep, Tev16s** ppDst, TevSize roiSize,
+                                                      const Tev16s* kernel, int kernelSize, int anchor,
+                                                      TevBorderType borderType, const Tev16s* borderValue, int divisor,
+                                                      Tev8u* buffer);
+TEV_API TevStatus teviFilterRowBorderPipeline_Low_16s_C1R(const Tev16s* src, int srcStep, Tev16s** ppDst,
+                                                          TevSize roiSize, const Tev16s* kernel, int kernelSize,
+                                                          int anchor, TevBorderType borderType, Tev16s borderValue,
+                                                          int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterRowBorderPipeline_Low_16s_C3R(const Tev16s* src, int srcStep, Tev16s** ppDst,
+                                                          TevSize roiSize, const Tev16s* kernel, int kernelSize,
+                                                          int anchor, TevBorderType borderType,
+                                                          const Tev16s* borderValue, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterRowBorderPipeline_32f_C1R(const Tev32f* src, int srcStep, Tev32f** ppDst, TevSize roiSize,
+                                                      const Tev32f* kernel, int kernelSize, int anchor,
+                                                      TevBorderType borderType, Tev32f borderValue, Tev8u* buffer);
+TEV_API TevStatus teviFilterRowBorderPipeline_32f_C3R(const Tev32f* src, int srcStep, Tev32f** ppDst, TevSize roiSize,
+                                                      const Tev32f* kernel, int kernelSize, int anchor,
+                                                      TevBorderType borderType, const Tev32f* borderValue,
+                                                      Tev8u* buffer);
+TEV_API TevStatus teviFilterColumnPipeline_16s_C1R(const Tev16s** ppSrc, Tev16s* dst, int dstStep, TevSize roiSize,
+                                                   const Tev16s* kernel, int kernelSize, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterColumnPipeline_16s_C3R(const Tev16s** ppSrc, Tev16s* dst, int dstStep, TevSize roiSize,
+                                                   const Tev16s* kernel, int kernelSize, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterColumnPipeline_Low_16s_C1R(const Tev16s** ppSrc, Tev16s* dst, int dstStep, TevSize roiSize,
+                                                       const Tev16s* kernel, int kernelSize, int divisor,
+                                                       Tev8u* buffer);
+TEV_API TevStatus teviFilterColumnPipeline_Low_16s_C3R(const Tev16s** ppSrc, Tev16s* dst, int dstStep, TevSize roiSize,
+                                                       const Tev16s* kernel, int kernelSize, int divisor,
+                                                       Tev8u* buffer);
+TEV_API TevStatus teviFilterColumnPipeline_16s8u_C1R(const Tev16s** ppSrc, Tev8u* dst, int dstStep, TevSize roiSize,
+                                                     const Tev16s* kernel, int kernelSize, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterColumnPipeline_16s8u_C3R(const Tev16s** ppSrc, Tev8u* dst, int dstStep, TevSize roiSize,
+                                                     const Tev16s* kernel, int kernelSize, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterColumnPipeline_16s8s_C1R(const Tev16s** ppSrc, Tev8s* dst, int dstStep, TevSize roiSize,
+                                                     const Tev16s* kernel, int kernelSize, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterColumnPipeline_16s8s_C3R(const Tev16s** ppSrc, Tev8s* dst, int dstStep, TevSize roiSize,
+                                                     const Tev16s* kernel, int kernelSize, int divisor, Tev8u* buffer);
+TEV_API TevStatus teviFilterColumnPipeline_32f_C1R(const Tev32f** ppSrc, Tev32f* dst, int dstStep, TevSize roiSize,
+                                                   const Tev32f* kernel, int kernelSize, Tev8u* buffer);
+TEV_API TevStatus teviFilterColumnPipeline_32f_C3R(const Tev32f** ppSrc, Tev32f* dst, int dstStep, TevSize roiSize,
+                                                   const Tev32f* kernel, int kernelSize, Tev8u* buffer);
+TEV_API TevStatus teviFilterRowBorderPipelineGetBufferSize_8u16s_C1R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterRowBorderPipelineGetBufferSize_8u16s_C3R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterRowBorderPipelineGetBufferSize_16s_C1R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterRowBorderPipelineGetBufferSize_16s_C3R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterRowBorderPipelineGetBufferSize_Low_16s_C1R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterRowBorderPipelineGetBufferSize_Low_16s_C3R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterRowBorderPipelineGetBufferSize_32f_C1R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterRowBorderPipelineGetBufferSize_32f_C3R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterColumnPipelineGetBufferSize_16s_C1R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterColumnPipelineGetBufferSize_16s_C3R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterColumnPipelineGetBufferSize_Low_16s_C1R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterColumnPipelineGetBufferSize_Low_16s_C3R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterColumnPipelineGetBufferSize_16s8u_C1R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterColumnPipelineGetBufferSize_16s8u_C3R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterColumnPipelineGetBufferSize_16s8s_C1R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterColumnPipelineGetBufferSize_16s8s_C3R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterColumnPipelineGetBufferSize_32f_C1R(TevSize roiSize, int kernelSize, int* pSize);
+TEV_API TevStatus teviFilterColumnPipelineGetBufferSize_32f_C3R(TevSize roiSize, int kernelSize, int* pSize);
+/** @} */
+
 /** @} */
 
 #endif

@@ -172,3 +172,140 @@ TEV_WORKER void ownRowConvolution(const Tev32f* src, int srcStep, Tev32f* dst, i
                                   const Tev32f* taps, int kernelSize, Tev32f* scratch);
 TEV_WORKER void ownColConvolution(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, int width, int height,
                                   const Tev32f* taps, int kernelSize, Tev32f* scratch);
+
+// Row and column pipelines: one function for each member and each kernel length, X being any. Steps count elements.
+// Row functions return tevStatusNullPtr at the first null destination row. The scratch of a row function holds what the
+// size query grants one thread; a column function does not look at its own.
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_8u16s_C1R_3x3(const Tev8u* src, int srcStep, Tev16s** ppDst,
+                                                              Tev8u* buffer, int width, int height,
+                                                              const Tev16s* kernel, int anchor,
+                                                              TevBorderType borderType, Tev8u borderValue, int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_8u16s_C1R_5x5(const Tev8u* src, int srcStep, Tev16s** ppDst,
+                                                              Tev8u* buffer, int width, int height,
+                                                              const Tev16s* kernel, int anchor,
+                                                              TevBorderType borderType, Tev8u borderValue, int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_8u16s_C1R_X(const Tev8u* src, int srcStep, Tev16s** ppDst,
+                                                            Tev8u* buffer, int width, int height, const Tev16s* kernel,
+                                                            int kernelSize, int anchor, TevBorderType borderType,
+                                                            Tev8u borderValue, int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_8u16s_C3R_3x3(const Tev8u* src, int srcStep, Tev16s** ppDst,
+                                                              Tev8u* buffer, int width, int height,
+                                                              const Tev16s* kernel, int anchor,
+                                                              TevBorderType borderType, const Tev8u* borderValue,
+                                                              int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_8u16s_C3R_5x5(const Tev8u* src, int srcStep, Tev16s** ppDst,
+                                                              Tev8u* buffer, int width, int height,
+                                                              const Tev16s* kernel, int anchor,
+                                                              TevBorderType borderType, const Tev8u* borderValue,
+                                                              int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_8u16s_C3R_X(const Tev8u* src, int srcStep, Tev16s** ppDst,
+                                                            Tev8u* buffer, int width, int height, const Tev16s* kernel,
+                                                            int kernelSize, int anchor, TevBorderType borderType,
+                                                            const Tev8u* borderValue, int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_16s_C1R_3x3(const Tev16s* src, int srcStep, Tev16s** ppDst,
+                                                            Tev8u* buffer, int width, int height, const Tev16s* kernel,
+                                                            int anchor, TevBorderType borderType, Tev16s borderValue,
+                                                            int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_16s_C1R_5x5(const Tev16s* src, int srcStep, Tev16s** ppDst,
+                                                            Tev8u* buffer, int width, int height, const Tev16s* kernel,
+                                                            int anchor, TevBorderType borderType, Tev16s borderValue,
+                                                            int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_16s_C1R_X(const Tev16s* src, int srcStep, Tev16s** ppDst, Tev8u* buffer,
+                                                          int width, int height, const Tev16s* kernel, int kernelSize,
+                                                          int anchor, TevBorderType borderType, Tev16s borderValue,
+                                                          int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_16s_C3R_3x3(const Tev16s* src, int srcStep, Tev16s** ppDst,
+                                                            Tev8u* buffer, int width, int height, const Tev16s* kernel,
+                                                            int anchor, TevBorderType borderType,
+                                                            const Tev16s* borderValue, int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_16s_C3R_5x5(const Tev16s* src, int srcStep, Tev16s** ppDst,
+                                                            Tev8u* buffer, int width, int height, const Tev16s* kernel,
+                                                            int anchor, TevBorderType borderType,
+                                                            const Tev16s* borderValue, int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_16s_C3R_X(const Tev16s* src, int srcStep, Tev16s** ppDst, Tev8u* buffer,
+                                                          int width, int height, const Tev16s* kernel, int kernelSize,
+                                                          int anchor, TevBorderType borderType,
+                                                          const Tev16s* borderValue, int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderLowPipeline_16s_C1R_3x3(const Tev16s* src, int srcStep, Tev16s** ppDst,
+                                                               Tev8u* buffer, int width, int height,
+                                                               const Tev16s* kernel, int anchor,
+                                                               TevBorderType borderType, Tev16s borderValue,
+                                                               int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderLowPipeline_16s_C1R_5x5(const Tev16s* src, int srcStep, Tev16s** ppDst,
+                                                               Tev8u* buffer, int width, int height,
+                                                               const Tev16s* kernel, int anchor,
+                                                               TevBorderType borderType, Tev16s borderValue,
+                                                               int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderLowPipeline_16s_C1R_X(const Tev16s* src, int srcStep, Tev16s** ppDst,
+                                                             Tev8u* buffer, int width, int height, const Tev16s* kernel,
+                                                             int kernelSize, int anchor, TevBorderType borderType,
+                                                             Tev16s borderValue, int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderLowPipeline_16s_C3R_3x3(const Tev16s* src, int srcStep, Tev16s** ppDst,
+                                                               Tev8u* buffer, int width, int height,
+                                                               const Tev16s* kernel, int anchor,
+                                                               TevBorderType borderType, const Tev16s* borderValue,
+                                                               int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderLowPipeline_16s_C3R_5x5(const Tev16s* src, int srcStep, Tev16s** ppDst,
+                                                               Tev8u* buffer, int width, int height,
+                                                               const Tev16s* kernel, int anchor,
+                                                               TevBorderType borderType, const Tev16s* borderValue,
+                                                               int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderLowPipeline_16s_C3R_X(const Tev16s* src, int srcStep, Tev16s** ppDst,
+                                                             Tev8u* buffer, int width, int height, const Tev16s* kernel,
+                                                             int kernelSize, int anchor, TevBorderType borderType,
+                                                             const Tev16s* borderValue, int divisor);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_32f_C1R_3x3(const Tev32f* src, int srcStep, Tev32f** ppDst,
+                                                            Tev8u* buffer, int width, int height, const Tev32f* kernel,
+                                                            int anchor, TevBorderType borderType, Tev32f borderValue);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_32f_C1R_5x5(const Tev32f* src, int srcStep, Tev32f** ppDst,
+                                                            Tev8u* buffer, int width, int height, const Tev32f* kernel,
+                                                            int anchor, TevBorderType borderType, Tev32f borderValue);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_32f_C1R_X(const Tev32f* src, int srcStep, Tev32f** ppDst, Tev8u* buffer,
+                                                          int width, int height, const Tev32f* kernel, int kernelSize,
+                                                          int anchor, TevBorderType borderType, Tev32f borderValue);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_32f_C3R_3x3(const Tev32f* src, int srcStep, Tev32f** ppDst,
+                                                            Tev8u* buffer, int width, int height, const Tev32f* kernel,
+                                                            int anchor, TevBorderType borderType,
+                                                            const Tev32f* borderValue);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_32f_C3R_5x5(const Tev32f* src, int srcStep, Tev32f** ppDst,
+                                                            Tev8u* buffer, int width, int height, const Tev32f* kernel,
+                                                            int anchor, TevBorderType borderType,
+                                                            const Tev32f* borderValue);
+TEV_WORKER TevStatus ownFilterRowBorderPipeline_32f_C3R_X(const Tev32f* src, int srcStep, Tev32f** ppDst, Tev8u* buffer,
+                                                          int width, int height, const Tev32f* kernel, int kernelSize,
+                                                          int anchor, TevBorderType borderType,
+                                                          const Tev32f* borderValue);
+TEV_WORKER TevStatus ownFilterColumnPipeline_16s_C1R_3x3(const Tev16s** ppSrc, Tev16s* dst, int dstStep, int width,
+                                                         int height, const Tev16s* kernel, int divisor);
+TEV_WORKER TevStatus ownFilterColumnPipeline_16s_C1R_5x5(const Tev16s** ppSrc, Tev16s* dst, int dstStep, int width,
+                                                         int height, const Tev16s* kernel, int divisor);
+TEV_WORKER TevStatus ownFilterColumnPipeline_16s_C1R_X(const Tev16s** ppSrc, Tev16s* dst, int dstStep, int width,
+                                                       int height, const Tev16s* kernel, int kernelSize, int divisor,
+                                                       Tev8u* buffer);
+TEV_WORKER TevStatus ownFilterColumnLowPipeline_16s_C1R_3x3(const Tev16s** ppSrc, Tev16s* dst, int dstStep, int width,
+                                                            int height, const Tev16s* kernel, int divisor);
+TEV_WORKER TevStatus ownFilterColumnLowPipeline_16s_C1R_5x5(const Tev16s** ppSrc, Tev16s* dst, int dstStep, int width,
+                                                            int height, const Tev16s* kernel, int divisor);
+TEV_WORKER TevStatus ownFilterColumnLowPipeline_16s_C1R_X(const Tev16s** ppSrc, Tev16s* dst, int dstStep, int width,
+                                                          int height, const Tev16s* kernel, int kernelSize, int divisor,
+                                                          Tev8u* buffer);
+TEV_WORKER TevStatus ownFilterColumnPipeline_16s8u_C1R_3x3(const Tev16s** ppSrc, Tev8u* dst, int dstStep, int width,
+                                                           int height, const Tev16s* kernel, int divisor);
+TEV_WORKER TevStatus ownFilterColumnPipeline_16s8u_C1R_5x5(const Tev16s** ppSrc, Tev8u* dst, int dstStep, int width,
+                                                           int height, const Tev16s* kernel, int divisor);
+TEV_WORKER TevStatus ownFilterColumnPipeline_16s8u_C1R_X(const Tev16s** ppSrc, Tev8u* dst, int dstStep, int width,
+                                                         int height, const Tev16s* kernel, int kernelSize, int divisor,
+                                                         Tev8u* buffer);
+TEV_WORKER TevStatus ownFilterColumnPipeline_16s8s_C1R_3x3(const Tev16s** ppSrc, Tev8s* dst, int dstStep, int width,
+                                                           int height, const Tev16s* kernel, int divisor);
+TEV_WORKER TevStatus ownFilterColumnPipeline_16s8s_C1R_5x5(const Tev16s** ppSrc, Tev8s* dst, int dstStep, int width,
+                                                           int height, const Tev16s* kernel, int divisor);
+TEV_WORKER TevStatus ownFilterColumnPipeline_16s8s_C1R_X(const Tev16s** ppSrc, Tev8s* dst, int dstStep, int width,
+                                                         int height, const Tev16s* kernel, int kernelSize, int divisor,
+                                                         Tev8u* buffer);
+TEV_WORKER TevStatus ownFilterColumnPipeline_32f_C1R_3x3(const Tev32f** ppSrc, Tev32f* dst, int dstStep, int width,
+                                                         int height, const Tev32f* kernel);
+TEV_WORKER TevStatus ownFilterColumnPipeline_32f_C1R_5x5(const Tev32f** ppSrc, Tev32f* dst, int dstStep, int width,
+                                                         int height, const Tev32f* kernel);
+TEV_WORKER TevStatus ownFilterColumnPipeline_32f_C1R_X(const Tev32f** ppSrc, Tev32f* dst, int dstStep, int width,
+                                                       int height, const Tev32f* kernel, int kernelSize, Tev8u* buffer);

@@ -1,0 +1,148 @@
+// Row and column stages over floats. A sum is defined in extended precision, taps in order, rounded once to Tev32f.
+//
+// Products of two floats are exact in double. A sum of n of them in double differs from the extended one by less than
+// e = n * 2^-53 * sum(|terms|), so where sum - e and sum + e round to the same float, that is the result. A block with
+// any element in doubt is done again in extended precision: it holds NaN, infinities, or a value close to the middle
+// between two floats.
+#include "filtering/pipeline.h"
+#include "tevcv_internal/filtering.h"
+
+using namespace tevcv;
+using namespace tevcv::pipeline;
+
+namespace {
+
+// The bound counts the errors of the extended sum too, and holds up to this many taps.
+constexpr int longestGuarded = 1024;
+
+// Stores the sums of one block and tells whether all of them are certain.
+template <int fixedLength, class Lines>
+bool guardedBlock(Tev32f* d, int n, const Tev32f* taps, int length, Lines lines) {
+  const Tev64f unit = length * 0x1p-53;
+  alignas(64) Tev64f sums[blockLength];
+  alignas(64) Tev64f errors[blockLength];
+  if constexpr (fixedLength > 0) {
+    Tev64f tap[fixedLength];
+    const Tev32f* line[fixedLength];
+    for (int j = 0; j < fixedLength; ++j) tap[j] = taps[j], line[j] = lines[j];
+    for (int x = 0; x < n; ++x) {
+      Tev64f sum = 0, magnitude = 0;
+      for (int j = 0; j < fixedLength; ++j) {
+        const Tev64f product = tap[j] * line[j][x];
+        sum += product;
+        magnitude += std::fabs(product);
+      }
+      sums[x] = sum;
+      errors[x] = magnitude * unit;
+    }
+  } else {
+    for (int x = 0; x < n; ++x) sums[x] = errors[x] = 0;
+    for (int j = 0; j < length; ++j) {
+      const Tev64f tap = taps[j];
+      const Tev32f* const line = lines[j];
+      for (int x = 0; x < n; ++x) {
+        const Tev64f product = tap * line[x];
+        sums[x] += product;
+        errors[x] += std::fabs(product);
+      }
+    }
+    for (int x = 0; x < n; ++x) errors[x] *= unit;
+  }
+  // Compared as bits: zeros of either sign are different results.
+  std::uint32_t doubts = 0;
+  alignas(64) Tev32f results[blockLength];
+  for (int x = 0; x < n; ++x) {
+    const auto low = static_cast<Tev32f>(sums[x] - errors[x]), high = static_cast<Tev32f>(sums[x] + errors[x]);
+    doubts |= std::bit_cast<std::uint32_t>(low) ^ std::bit_cast<std::uint32_t>(high);
+    results[x] = high;
+  }
+  for (int x = 0; x < n; ++x) d[x] = results[x];
+  return doubts == 0;
+}
+
+template <int fixedLength>
+struct FloatRun {
+  const Tev32f* taps;
+  int length;
+
+  template <class Lines>
+  [[gnu::noinline]] void operator()(Lines lines, Tev32f* d, int n) const {
+    for (int x = 0; x < n; x += blockLength) {
+      const int m = std::min(blockLength, n - x);
+      if (length > longestGuarded || !guardedBlock<fixedLength>(d + x, m, taps, length, lines.from(x)))
+        extendedBlock(d + x, m, lines.from(x));
+    }
+  }
+
+ private:
+  // The definition.
+  template <class Lines>
+  void extendedBlock(Tev32f* d, int n, Lines lines) const {
+    for (int x = 0; x < n; ++x) {
+      Extended sum = 0;
+      for (int j = 0; j < length; ++j) sum += static_cast<Extended>(taps[j]) * lines[j][x];
+      d[x] = static_cast<Tev32f>(sum);
+    }
+  }
+};
+
+template <int fixedLength, int channels>
+TevStatus rows32f(const Tev32f* src, int srcStep, Tev32f** ppDst, Tev8u* buffer, int width, int height,
+                  const Tev32f* kernel, int length, int anchor, TevBorderType borderType, const Tev32f* borderValue) {
+  return filterRows<channels>(src, srcStep, ppDst, reinterpret_cast<Tev32f*>(buffer), width, height, length, anchor,
+                              borderType, borderValue, FloatRun<fixedLength>{kernel, length});
+}
+
+}  // namespace
+
+TevStatus ownFilterRowBorderPipeline_32f_C1R_3x3(const Tev32f* src, int srcStep, Tev32f** ppDst, Tev8u* buffer,
+                                                 int width, int height, const Tev32f* kernel, int anchor,
+                                                 TevBorderType borderType, Tev32f borderValue) {
+  return rows32f<3, 1>(src, srcStep, ppDst, buffer, width, height, kernel, 3, anchor, borderType, &borderValue);
+}
+
+TevStatus ownFilterRowBorderPipeline_32f_C1R_5x5(const Tev32f* src, int srcStep, Tev32f** ppDst, Tev8u* buffer,
+                                                 int width, int height, const Tev32f* kernel, int anchor,
+                                                 TevBorderType borderType, Tev32f borderValue) {
+  return rows32f<5, 1>(src, srcStep, ppDst, buffer, width, height, kernel, 5, anchor, borderType, &borderValue);
+}
+
+TevStatus ownFilterRowBorderPipeline_32f_C1R_X(const Tev32f* src, int srcStep, Tev32f** ppDst, Tev8u* buffer, int width,
+                                               int height, const Tev32f* kernel, int kernelSize, int anchor,
+                                               TevBorderType borderType, Tev32f borderValue) {
+  return rows32f<0, 1>(src, srcStep, ppDst, buffer, width, height, kernel, kernelSize, anchor, borderType,
+                       &borderValue);
+}
+
+TevStatus ownFilterRowBorderPipeline_32f_C3R_3x3(const Tev32f* src, int srcStep, Tev32f** ppDst, Tev8u* buffer,
+                                                 int width, int height, const Tev32f* kernel, int anchor,
+                                                 TevBorderType borderType, const Tev32f* borderValue) {
+  return rows32f<3, 3>(src, srcStep, ppDst, buffer, width, height, kernel, 3, anchor, borderType, borderValue);
+}
+
+TevStatus ownFilterRowBorderPipeline_32f_C3R_5x5(const Tev32f* src, int srcStep, Tev32f** ppDst, Tev8u* buffer,
+                                                 int width, int height, const Tev32f* kernel, int anchor,
+                                                 TevBorderType borderType, const Tev32f* borderValue) {
+  return rows32f<5, 3>(src, srcStep, ppDst, buffer, width, height, kernel, 5, anchor, borderType, borderValue);
+}
+
+TevStatus ownFilterRowBorderPipeline_32f_C3R_X(const Tev32f* src, int srcStep, Tev32f** ppDst, Tev8u* buffer, int width,
+                                               int height, const Tev32f* kernel, int kernelSize, int anchor,
+                                               TevBorderType borderType, const Tev32f* borderValue) {
+  return rows32f<0, 3>(src, srcStep, ppDst, buffer, width, height, kernel, kernelSize, anchor, borderType, borderValue);
+}
+
+TevStatus ownFilterColumnPipeline_32f_C1R_3x3(const Tev32f** ppSrc, Tev32f* dst, int dstStep, int width, int height,
+                                              const Tev32f* kernel) {
+  return filterColumns(ppSrc, dst, dstStep, width, height, FloatRun<3>{kernel, 3});
+}
+
+TevStatus ownFilterColumnPipeline_32f_C1R_5x5(const Tev32f** ppSrc, Tev32f* dst, int dstStep, int width, int height,
+                                              const Tev32f* kernel) {
+  return filterColumns(ppSrc, dst, dstStep, width, height, FloatRun<5>{kernel, 5});
+}
+
+TevStatus ownFilterColumnPipeline_32f_C1R_X(const Tev32f** ppSrc, Tev32f* dst, int dstStep, int width, int height,
+                                            const Tev32f* kernel, int kernelSize, Tev8u*) {
+  return filterColumns(ppSrc, dst, dstStep, width, height, FloatRun<0>{kernel, kernelSize});
+}
