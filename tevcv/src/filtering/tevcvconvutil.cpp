@@ -131,6 +131,9 @@ class Range {
   // 24 bits of the smallest value, the distance to the largest, 5 bits for the sum of the taps: 53 in all.
   bool sumsAreExactInDouble() const { return largest_ < 0x7F800000 && (largest_ >> 23) - (smallest_ >> 23) <= 23; }
 
+  // No sum but 0 is so small that a weight of 1 / 32 or more would take it below the normal floats.
+  bool sumsStayNormal() const { return (smallest_ >> 23) >= 30; }
+
  private:
   static constexpr Tev32f wholeLimit = 1 << 19;
 
@@ -162,6 +165,28 @@ void guardedSums(Tev32f* dst, int width, Sum sum, Magnitude magnitude) {
     if (undecided != 0)
       for (int i = 0; i < n; ++i) result[i] = static_cast<Tev32f>(sum(Extended{}, first + i));
     std::memcpy(dst + first, result, static_cast<std::size_t>(n) * sizeof(Tev32f));
+  }
+}
+
+// dst[x] = the float that exact(x) rounds to, where product(x) is its double, a product of two exact numbers that has a
+// normal float. Rounding keeps order, so the double lies on the same side of every midpoint between floats as the
+// number itself, and decides unless it is such a midpoint.
+template <class Product, class Exact>
+void roundedProducts(Tev32f* dst, int width, Product product, Exact exact) {
+  constexpr int block = 64;
+  for (int first = 0; first < width; first += block) {
+    const int n = std::min(block, width - first);
+    Tev64f products[block];
+    std::int64_t midpoints = 0;
+    for (int i = 0; i < n; ++i) {
+      products[i] = product(first + i);
+      constexpr std::int64_t fraction = (std::int64_t{1} << 29) - 1, half = std::int64_t{1} << 28;
+      midpoints |= (std::bit_cast<std::int64_t>(products[i]) & fraction) == half;
+    }
+    if (midpoints != 0)
+      for (int i = 0; i < n; ++i) dst[first + i] = static_cast<Tev32f>(exact(first + i));
+    else
+      for (int i = 0; i < n; ++i) dst[first + i] = static_cast<Tev32f>(products[i]);
   }
 }
 
@@ -214,6 +239,16 @@ struct Row {
     if constexpr (isDifference) {
       constexpr int plus = std::is_same_v<Kernel, Dx3> ? 2 : 0;
       roundedDifferences(dst, width, plus, 2 - plus, at);
+    } else if (!range.sumsAreExactInFloat() && range.sumsAreExactInDouble()) {
+      // Each pixel is converted once for the k sums that it goes into.
+      constexpr int block = 256;
+      for (int first = 0; first < width; first += block) {
+        const int n = std::min(block, width - first);
+        Tev64f wide[block + size - 1];
+        for (int i = 0; i < n + size - 1; ++i) wide[i] = e[first + i];
+        for (int i = 0; i < n; ++i)
+          dst[first + i] = static_cast<Tev32f>(dot<Tev64f>(Kernel{}, [&](int j) { return wide[i + j]; }));
+      }
     } else {
       roundedDots<Kernel>(dst, width, range, at);
     }
@@ -350,11 +385,13 @@ struct Average {
     const auto magnitude = [&](int x) {
       return absoluteDot(Kernel{}, [&](int j) { return rows[j][x]; }) * Tev64f{weight};
     };
-    // Where the sum is exact in double, its product with the weight is not; it alone needs the guard then.
-    if (!range.sumsAreExactInFloat() && range.sumsAreExactInDouble())
-      guardedSums(dst, width, sum, [&](int x) { return std::fabs(sum(Tev64f{}, x)); });
-    else
+    if (!range.sumsAreExactInFloat() && range.sumsAreExactInDouble() && range.sumsStayNormal())
+      roundedProducts(
+          dst, width, [&](int x) { return sum(Tev64f{}, x); }, [&](int x) { return sum(Extended{}, x); });
+    else if (range.sumsAreExactInFloat())
       roundedSums(dst, width, range, sum, magnitude);
+    else
+      guardedSums(dst, width, sum, magnitude);
   }
 };
 
