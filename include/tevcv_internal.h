@@ -5,6 +5,7 @@
 #include "tevcv_internal/frame.h"
 #include "tevcv_internal/primitives.h"
 
+#include "tevcv_internal/arithmetic.h"
 #include "tevcv_internal/distance.h"
 #include "tevcv_internal/features.h"
 #include "tevcv_internal/filtering.h"

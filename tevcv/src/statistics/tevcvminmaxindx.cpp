@@ -119,8 +119,8 @@ bool scanShares(const Elements<T, channels, masked>& e, Extremes<T>& extremes) {
   constexpr int stackSlots = 32;
   Slot<T> onStack[stackSlots];
   const int threads = owncvGetNumThreads();
-  // Above 32 threads the slots come from the allocator and the block is kept: programs that count what passes through
-  // the hooks rely on this family never calling the one that frees. Six 32-bit words a thread, whatever the type.
+  // Above 32 threads the slots come from the allocator, six 32-bit words a thread whatever the type. The block is never
+  // given back: that is this family's known behaviour, and programs with hooks of their own reckon with it.
   auto* const slots = threads <= stackSlots ? onStack : reinterpret_cast<Slot<T>*>(tevsMalloc_32s(6 * threads));
   if (!slots) return false;
   forEachShare(e.roi.height, threads, [&](Share share) {
