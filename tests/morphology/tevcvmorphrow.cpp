@@ -177,7 +177,7 @@ TYPED_TEST(RowWorkers, GiveTheExtremumOnLongRows) {
     const Stretches<TypeParam> stretches(src);
     auto dst = random.image<typename TypeParam::T, TypeParam::channels>(width, 1);
     for (size_t i = 0; i < std::size(builtFor); ++i)
-      for (const int length : {builtFor[i] ? builtFor[i] : 40, 16, 63, 64, 65, 126, 127, 255, 1000, 2500})
+      for (const int length : {builtFor[i] ? builtFor[i] : 40, 16, 63, 64, 65, 127, 128, 129, 255, 1000, 2500})
         for (const int offset : {0, length / 2, length - 1})
           ASSERT_TRUE(equalsTheDefinition<TypeParam>(TypeParam::workers[i], src, stretches, dst, length, offset));
   }

@@ -1,9 +1,9 @@
 // Sliding extrema along a row: dst[x] is the extremum of src over the window [x - offset, x - offset + length), as far
 // as that lies in the row. The 144 workers share one plan:
 //
-//   1. The window is capped at what the worker is built for; 63 for the workers that take any.
+//   1. The window is capped at what the worker is built for; 64 for the workers that take any.
 //   2. Shifted loads give the extrema of windows of up to 4. Longer ones grow from those of 4: the extrema of w
-//      neighbours, taken at up to four places, give those of up to 4 * w, so that 63 takes three passes over a block
+//      neighbours, taken at up to four places, give those of up to 4 * w, so that 64 takes three passes over a block
 //      that stays in the cache. Van Herk's method needs fewer comparisons but takes them one after the other; growing
 //      takes a whole vector of them at once.
 //   3. If the window was capped, dst is widened in place by doubling: a window of any length costs a logarithmic number
@@ -23,7 +23,7 @@ using namespace tevcv;
 
 namespace {
 
-constexpr int longestWindow = 63;
+constexpr int longestWindow = 64;
 
 template <int channels, class T>
 void fillPixels(const T* pixel, T* dst, int count) {
