@@ -98,30 +98,39 @@ TevStatus pyrDown(const T* src, int srcStep, T* dst, int dstStep, TevSize roi, T
 
 // ---- Up -------------------------------------------------------------------------------------------------------------
 
-// The even and odd samples of a row, pixel by pixel in turn. The pixel left of the first is the second, the pixel right
-// of the last is the last itself.
+// The even and odd samples of a row of at least two pixels, pixel by pixel in turn. The pixel left of the first is the
+// second, the pixel right of the last is the last itself.
 template <class T, int channels>
 void expandRow(const T* s, int width, Sum<T>* r) {
   const int end = (width - 1) * channels;
+  Sum<T> even[blockPixels * channels + 1], odd[blockPixels * channels + 1];
+  for (int x = 1; x < width - 1; x += blockPixels) {
+    const int n = std::min(blockPixels, width - 1 - x);
+    const T* const p = s + x * channels;
+    for (int i = 0; i < n * channels; ++i) {
+      even[i] = sum16<T>(p[i - channels] + 6 * p[i] + p[i + channels]);
+      odd[i] = sum16<T>(4 * (p[i] + p[i + channels]));
+    }
+    Sum<T>* const d = r + 2 * x * channels;
+    if constexpr (channels == 1) {
+      for (int i = 0; i < n; ++i) {
+        d[2 * i] = even[i];
+        d[2 * i + 1] = odd[i];
+      }
+    } else {
+      // Four sums at a time; the fourth is overwritten by the next pixel, the last one by the end of the row.
+      static_assert(channels == 3);
+      for (int i = 0; i < n; ++i) {
+        std::memcpy(d + 6 * i, even + 3 * i, 8);
+        std::memcpy(d + 6 * i + 3, odd + 3 * i, 8);
+      }
+    }
+  }
   for (int c = 0; c < channels; ++c) {
     r[c] = sum16<T>(6 * s[c] + 2 * s[channels + c]);
     r[channels + c] = sum16<T>(4 * (s[c] + s[channels + c]));
     r[2 * end + c] = sum16<T>(7 * s[end + c] + s[end - channels + c]);
     r[2 * end + channels + c] = sum16<T>(8 * s[end + c]);
-  }
-  if constexpr (channels == 1) {
-    for (int x = 1; x < end; ++x) {
-      r[2 * x] = sum16<T>(s[x - 1] + 6 * s[x] + s[x + 1]);
-      r[2 * x + 1] = sum16<T>(4 * (s[x] + s[x + 1]));
-    }
-  } else {
-    for (int x = 1; x < width - 1; ++x)
-      for (int c = 0; c < channels; ++c) {
-        const T* const p = s + x * channels + c;
-        Sum<T>* const d = r + 2 * x * channels + c;
-        d[0] = sum16<T>(p[-channels] + 6 * p[0] + p[channels]);
-        d[channels] = sum16<T>(4 * (p[0] + p[channels]));
-      }
   }
 }
 

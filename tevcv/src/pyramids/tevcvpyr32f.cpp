@@ -6,6 +6,7 @@
 // in double gives the extended form's bits then. Where the values are whole numbers below 2^16, as in images that were
 // integers once, every sum is exact in float already. Other rows take the same code in extended precision.
 #include <bit>
+#include <type_traits>
 
 #include "gauss5x5.h"
 #include "frame/arithmetic.h"
@@ -76,6 +77,15 @@ void inExactType(const Extent& extent, Work work) {
 
 constexpr Tev32f by256 = 0.00390625F, by64 = 0.015625F;
 
+// Extended terms are added in their order. Where sums are exact the order is free: this one multiplies less.
+template <class Real>
+Real kernelSum(Real a, Real b, Real c, Real d, Real e) {
+  if constexpr (std::is_same_v<Real, Extended>)
+    return a + 4 * b + 6 * c + 4 * d + e;
+  else
+    return (a + e) + 4 * (b + d) + 6 * c;
+}
+
 // Horizontal sums around every other pixel of a row of at least three. `Real` is the type of the sums.
 template <class Real, int channels>
 void reduceRow(const Tev32f* s, int width, Tev32f* r) {
@@ -94,8 +104,8 @@ void reduceRow(const Tev32f* s, int width, Tev32f* r) {
     splitPixels<channels>(s + 2 * (x - 1) * channels, n + 1, even, odd);
     Tev32f* const d = r + x * channels;
     for (int i = 0; i < n * channels; ++i)
-      d[i] = static_cast<Tev32f>(even[i] + 4 * odd[i] + 6 * even[i + channels] + 4 * odd[i + channels] +
-                                 even[i + 2 * channels]);
+      d[i] = static_cast<Tev32f>(
+          kernelSum(even[i], odd[i], even[i + channels], odd[i + channels], even[i + 2 * channels]));
   }
 }
 
@@ -104,7 +114,7 @@ void reduceColumns(const Tev32f* a, const Tev32f* b, const Tev32f* c, const Tev3
                    int n) {
 #pragma GCC ivdep
   for (int i = 0; i < n; ++i)
-    dst[i] = static_cast<Tev32f>((Real{a[i]} + 4 * Real{b[i]} + 6 * Real{c[i]} + 4 * Real{d[i]} + Real{e[i]}) * by256);
+    dst[i] = static_cast<Tev32f>(kernelSum(Real{a[i]}, Real{b[i]}, Real{c[i]}, Real{d[i]}, Real{e[i]}) * by256);
 }
 
 template <int channels>
