@@ -330,7 +330,7 @@ Image<Dst> filtered(const char* name, const Image<Tev8u>& src, const Options& o)
   return dst;
 }
 
-// The stage of a pyramid of statuses: arguments that are wrong one by one.
+// Good arguments of a call, to be spoilt one by one.
 template <class Src, class Dst>
 struct Arguments {
   bool src = true, dst = true, buffer = true;

@@ -74,19 +74,19 @@ using Avr5 = Taps<1, 1, 1, 1, 1>;
 // other: among floats it carries a NaN or an infinity into the sum.
 template <class V, int... tap, class At>
 V dot(Taps<tap...>, At at) {
-  return [&]<int... j>(std::integer_sequence<int, j...>) {
+  const auto sum = [&]<int... j>(std::integer_sequence<int, j...>) {
     return (V{0} + ... + (static_cast<V>(tap) * static_cast<V>(at(j))));
-  }
-  (std::make_integer_sequence<int, sizeof...(tap)>());
+  };
+  return sum(std::make_integer_sequence<int, sizeof...(tap)>());
 }
 
 // The sum of |tap[j] * at(j)|.
 template <int... tap, class At>
 Tev64f absoluteDot(Taps<tap...>, At at) {
-  return [&]<int... j>(std::integer_sequence<int, j...>) {
+  const auto sum = [&]<int... j>(std::integer_sequence<int, j...>) {
     return (... + (std::abs(tap) * std::fabs(static_cast<Tev64f>(at(j)))));
-  }
-  (std::make_integer_sequence<int, sizeof...(tap)>());
+  };
+  return sum(std::make_integer_sequence<int, sizeof...(tap)>());
 }
 
 // ---- Float sums ----
@@ -95,10 +95,9 @@ Tev64f absoluteDot(Taps<tap...>, At at) {
 //
 // 1. Whole numbers of moderate size, as an image has that was made from bytes: every sum is exact in float.
 // 2. Values whose exponents lie close together: every sum is exact in double.
-// 3. Otherwise the sum in double is off by at most a few times 2^-53 of the sum of all magnitudes. Where sum - bound
-// and
-//    sum + bound round to the same float, that is the result; an element where they do not (a tie, or a NaN or an
-//    infinity) sends its block through extended precision.
+// 3. Otherwise the sum in double is off by at most a few times 2^-53 of the sum of all magnitudes. Where it rounds to
+//    the same float with that bound taken off as with it added, that is the result; an element where it does not (a
+//    tie, or a NaN or an infinity) sends its block through extended precision.
 
 // What is known of the values that go into sums.
 class Range {
@@ -226,7 +225,6 @@ void roundedDifferences(Tev32f* dst, int width, int plus, int minus, At at) {
 template <class Kernel>
 struct Row {
   static constexpr int size = Kernel::size;
-
   static constexpr bool isDifference = std::is_same_v<Kernel, Dx3> || std::is_same_v<Kernel, DxNeg3>;
 
   static void run(const Tev8u* e, Tev16s* dst, int width, int, const Range&) {

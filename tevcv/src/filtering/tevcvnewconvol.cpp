@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "frame/arithmetic.h"
 #include "frame/checks.h"
 #include "frame/parallel.h"
 #include "frame/rows.h"
