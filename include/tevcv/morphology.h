@@ -24,7 +24,7 @@ typedef struct TevMorphAdvState TevMorphAdvState;
  * either sign) the first in row order is stored; a window with a NaN gives one of its elements.
  *
  * `buffer` is scratch of the length in bytes that `...GetBufferSize` gives for the region's width and the mask's size,
- * at any address. The anchor counts from the mask's top-left pixel.
+ * at any address (2147483647 for all that is longer). The anchor counts from the mask's top-left pixel.
  * @return `...GetBufferSize`: #tevStatusNullPtr, #tevStatusBadSize (`roiWidth` below 1), #tevStatusBadMaskSize (a mask
  *         size below 1), in that order. The filters: #tevStatusNullPtr, #tevStatusBadSize (width or height below 1),
  *         #tevStatusBadMaskSize, #tevStatusBadAnchor (outside the mask), then for `src` and then for `dst`
@@ -94,7 +94,8 @@ TEV_API TevStatus teviFilterMaxBorderReplicate_32f_C4R(const Tev32f* src, int sr
  *
  * `...GetSize` tells the bytes of a state, `...Init` builds it there, `...InitAlloc` allocates it and `Free` gives it
  * back (only what `...InitAlloc` made). `...GetSize` takes the anchor to be the mask's centre (width / 2, height / 2):
- * another anchor may lead to another way and to a size of its own, which `...InitAlloc` takes into account.
+ * another anchor may lead to another way and to a size of its own, which `...InitAlloc` takes into account. Sizes past
+ * 2147483647 are told as that, and cannot be allocated.
  * @return #tevStatusNullPtr (`mask`), #tevStatusBadSize (`roiWidth` or a mask size below 1), #tevStatusBadAnchor
  *         (outside the mask), #tevStatusNullPtr (`size` or `state`), #tevStatusNoMemory (`...InitAlloc`; `state` is
  * left as it was), in that order. `Free`: #tevStatusNullPtr.

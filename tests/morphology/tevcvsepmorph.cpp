@@ -206,6 +206,33 @@ TEST(SeparableFloats, KeepTheFirstZeroInRowOrderAndInfinities) {
   }
 }
 
+TEST(SeparableFloats, GiveAnElementOfTheWindowWhereOneIsNan) {
+  constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+  Random random;
+  for (int trial = 0; trial < 100; ++trial) {
+    const auto src = random.image<Tev32f>(random.between(1, 60), random.between(1, 9),
+                                          [&] { return random.oneIn(3) ? nan : random.value<Tev32f>(); });
+    const TevSize mask = {random.between(1, 40), random.between(1, 7)};
+    const TevPoint anchor = {random.between(0, mask.width - 1), random.between(0, mask.height - 1)};
+    int size = 0;
+    ASSERT_EQ(teviFilterMinGetBufferSize_32f_C1R(src.width(), mask.width, mask.height, &size), tevStatusOk);
+    const Buffer buffer(size);
+    Image<Tev32f> dst(src.width(), src.height());
+    ASSERT_EQ(teviFilterMinBorderReplicate_32f_C1R(src.data(), src.step(), dst.data(), dst.step(), src.size(), mask,
+                                                   anchor, buffer.data()),
+              tevStatusOk);
+    for (int y = 0; y < src.height(); ++y)
+      for (int x = 0; x < src.width(); ++x) {
+        bool found = false;
+        for (int j = 0; j < mask.height; ++j)
+          for (int i = 0; i < mask.width; ++i)
+            found |= kit::sameBits(dst.at(x, y), src.at(std::clamp(x - anchor.x + i, 0, src.width() - 1),
+                                                        std::clamp(y - anchor.y + j, 0, src.height() - 1)));
+        ASSERT_TRUE(found) << "at " << x << ", " << y;
+      }
+  }
+}
+
 TYPED_TEST(Separable, TellsTheBufferToTheByte) {
   using M = Members<typename TypeParam::T, TypeParam::channels>;
   constexpr int pixelBytes = TypeParam::channels * int{sizeof(typename TypeParam::T)}, pointers = 4 * sizeof(void*);

@@ -123,6 +123,7 @@ TevMorphKernelClass classify(const Tev8u* mask, int width, int height, int ancho
 constexpr int elementBytes(TevDataType dataType) { return dataType == tevDataType8u ? 1 : 4; }
 
 // Function pointers and ring (5 * height pointers), padding, and for each row of the element a line for each length.
+// The lines span the region: the element's width plays no part.
 std::uint64_t ellipseBufferBytes(int roiWidth, int height, int lengths, int pixelBytes) {
   const std::uint64_t lines = static_cast<std::uint64_t>(height) * lengths;
   return (lines + 1) * (static_cast<std::uint64_t>(roiWidth) * pixelBytes + 32) +
@@ -638,7 +639,7 @@ void sweepRuns(const T* src, int srcStep, T* dst, int dstStep, int width, int he
     for (; i < shape.numRows; ++i) Best::ofEach(best, kernelRow(i), best, len);
   };
 
-  // Rows below the first output row: none of them completes a window. An image that ends early repeats its last row.
+  // The rows before the one that completes the first window. An image that ends among them repeats its last row.
   for (int y = 0; y < lead; ++y) filterRow(std::min(y, height - 1));
   int done = 0;
   for (int y = lead; y < height; ++y) {

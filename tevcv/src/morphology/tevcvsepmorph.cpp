@@ -83,14 +83,12 @@ TevStatus filter(const T* src, int srcStep, T* dst, int dstStep, TevSize roi, Te
     return s;
   const Window across = trimmed({mask.width, anchor.x}, roi.width), down = trimmed({mask.height, anchor.y}, roi.height);
 
-  // A worker for one length wants rows of two windows at least. On small images it is taken for longer windows as well:
-  // there its passes cost less than those of the worker for any length.
-  const bool wide = across.length <= roi.width / 2, fixed = wide && across.length < 16;
+  // A worker for one length wants rows of two windows at least. On small images it is taken for longer windows as well,
+  // and widens.
   const bool small = tables.smallRows && std::int64_t{roi.width} * roi.height * 4 < 16385;
-  const auto row = small ? tables.smallRows[!wide   ? 0
-                                            : fixed ? across.length
-                                                    : 15]
-                         : tables.rows[fixed ? across.length : 0];
+  int rowIndex = across.length < 16 ? across.length : small ? 15 : 0;
+  if (across.length > roi.width / 2) rowIndex = 0;
+  const auto row = (small ? tables.smallRows : tables.rows)[rowIndex];
 
   const bool fixedColumn = down.length <= roi.height / 2 && (down.length == 1 || down.length == 3 || down.length == 5);
   T** const ring = layRing<T>(buffer, 4 * down.length, fixedColumn ? down.length + 1 : 2 * down.length,
