@@ -43,4 +43,41 @@ const bool up32f =
     bench::add({.name = "PyrUp 32f",
                 .prepare = gaussian<Tev32f>(teviPyrUp_Gauss5x5_32f_C1R, teviPyrUpGetBufSize_Gauss5x5, 1, true)});
 
+// One layer of rate 1.5 with a kernel of five taps; up starts from the image that down leads to.
+template <class T, class Tap, class Init, class Layer>
+std::function<std::function<void()>()> layer(Init init, Layer step, bool up) {
+  return [=] {
+    const Tap kernel[] = {1, 4, 6, 4, 1};
+    TevSize smaller;
+    teviGetPyramidDownROI(hd, &smaller, 1.5F);
+    const TevSize from = up ? smaller : hd, to = up ? hd : smaller;
+    TevPyramidLayerState* made = nullptr;
+    init(&made, from, 1.5F, kernel, 5, 2);
+    const std::shared_ptr<TevPyramidLayerState> state(made, teviPyramidLayerDownFree);
+    auto src = bench::noise<T>(from), dst = bench::noise<T>(to);
+    return [=] {
+      step(src->data(), from.width * int{sizeof(T)}, from, dst->data(), to.width * int{sizeof(T)}, to, state.get());
+    };
+  };
+}
+
+const bool layerDown8u = bench::add(
+    {.name = "PyramidLayerDown 8u, rate 1.5",
+     .prepare = layer<Tev8u, Tev16s>(teviPyramidLayerDownInitAlloc_8u_C1R, teviPyramidLayerDown_8u_C1R, false)});
+const bool layerDown16u = bench::add(
+    {.name = "PyramidLayerDown 16u, rate 1.5",
+     .prepare = layer<Tev16u, Tev16s>(teviPyramidLayerDownInitAlloc_16u_C1R, teviPyramidLayerDown_16u_C1R, false)});
+const bool layerDown32f = bench::add(
+    {.name = "PyramidLayerDown 32f, rate 1.5",
+     .prepare = layer<Tev32f, Tev32f>(teviPyramidLayerDownInitAlloc_32f_C1R, teviPyramidLayerDown_32f_C1R, false)});
+const bool layerUp8u =
+    bench::add({.name = "PyramidLayerUp 8u, rate 1.5",
+                .prepare = layer<Tev8u, Tev16s>(teviPyramidLayerUpInitAlloc_8u_C1R, teviPyramidLayerUp_8u_C1R, true)});
+const bool layerUp16u = bench::add(
+    {.name = "PyramidLayerUp 16u, rate 1.5",
+     .prepare = layer<Tev16u, Tev16s>(teviPyramidLayerUpInitAlloc_16u_C1R, teviPyramidLayerUp_16u_C1R, true)});
+const bool layerUp32f = bench::add(
+    {.name = "PyramidLayerUp 32f, rate 1.5",
+     .prepare = layer<Tev32f, Tev32f>(teviPyramidLayerUpInitAlloc_32f_C1R, teviPyramidLayerUp_32f_C1R, true)});
+
 }  // namespace

@@ -254,7 +254,8 @@ Tev8u pixelOf<Tev8u, Tev16s>(Tev16s v) {
   return saturate<Tev8u>((v + 4) >> 3);
 }
 
-// Replaces the smoothed image's rows by their resampled forms. `places` holds one place for each output.
+// Replaces the smoothed image's rows by their resampled forms, then interpolates between them. The buffer holds the
+// places of a row's outputs.
 template <class T, class Middle>
 void resample(Middle* src, int srcStep, TevSize srcRoi, T* dst, int dstStep, TevSize dstRoi, Tev32f rate, int channels,
               Tev8u* buffer) {
@@ -386,30 +387,25 @@ Position positionOf(int i, Tev32f rate) {
 
 // The taps that one source position lays over the destination: tap(j) falls on position.index + j.
 template <class Tap, class Real>
-class Footprint {
- public:
-  Footprint(const Tap* kernel, int kernelSize, Tev32f fraction)
-      : middle_(kernel + kernelSize / 2),
-        fraction_(fraction),
-        onGrid_(!(std::fabs(fraction) > smallestNormal)),
-        last(onGrid_ && kernel[0] == 0 ? kernelSize / 2 - 1 : kernelSize / 2),
-        first(onGrid_ ? -last : 1 - last) {}
+struct Footprint {
+  Footprint(const Tap* kernel, int kernelSize, Tev32f positionFraction)
+      : middle(kernel + kernelSize / 2),
+        fraction(positionFraction),
+        onGrid(!(std::fabs(positionFraction) > smallestNormal)),
+        last(onGrid && kernel[0] == 0 ? kernelSize / 2 - 1 : kernelSize / 2),
+        first(onGrid ? -last : 1 - last) {}
 
   // With 16-bit taps every value is a multiple of 2^-23 and exact in double as in extended precision.
   Real tap(int j) const {
-    if (onGrid_) return middle_[j];
-    return middle_[j] * (1 - fraction_) + middle_[j - 1] * fraction_;
+    if (onGrid) return middle[j];
+    return middle[j] * (1 - fraction) + middle[j - 1] * fraction;
   }
-  bool onGrid() const { return onGrid_; }
 
- private:
-  const Tap* middle_;
-  Real fraction_;
-  bool onGrid_;
-
- public:
-  const int last;
-  const int first;
+  const Tap* middle;
+  Real fraction;
+  bool onGrid;
+  int last;
+  int first;
 };
 
 // How sums are formed. A term of an integer sum is the product of a value and a tap, truncated behind 0.5, or as it
@@ -547,7 +543,7 @@ void spreadRow(const T* s, const Position* positions, int firstPosition, int pos
     for (int j = std::max(print.first, -at.index); j <= std::min(print.last, width - 1 - at.index); ++j) {
       const auto tap = Form::tapOf(print.tap(j));
       for (int c = 0; c < channels; ++c)
-        Form::add(sums[(at.index + j) * channels + c], s[k * channels + c], tap, print.onGrid());
+        Form::add(sums[(at.index + j) * channels + c], s[k * channels + c], tap, print.onGrid);
     }
   }
   for (int x = 0; x < width; ++x)
@@ -614,8 +610,7 @@ void spread(const T* src, int srcStep, TevSize srcRoi, T* dst, int dstStep, TevS
       const Position at = positionOf(i, rate);
       const Footprint<typename LayerOf<T>::Tap, typename Form::Real> print(kernel, kernelSize, at.fraction);
       const int j = y - at.index;
-      if (j >= print.first && j <= print.last)
-        addRow<Form>(ring(i), Form::tapOf(print.tap(j)), print.onGrid(), sums, n);
+      if (j >= print.first && j <= print.last) addRow<Form>(ring(i), Form::tapOf(print.tap(j)), print.onGrid, sums, n);
     }
     T* const d = rows(dst, dstStep)[y];
     for (int k = 0; k < n; ++k) d[k] = SpreadOf<T>::template pixel<Form>(sums[k], reciprocals[y]);
