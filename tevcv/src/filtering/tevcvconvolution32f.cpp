@@ -15,44 +15,48 @@ namespace {
 // The bound counts the errors of the extended sum too, and holds up to this many taps.
 constexpr int longestGuarded = 1024;
 
+// Adds `count` terms and their magnitudes to each element's, or begins with them: several at a time spare passes over
+// the block.
+template <int count, bool first, class Lines>
+void addTerms(Tev64f* __restrict sums, Tev64f* __restrict magnitudes, int n, const Tev32f* taps, Lines lines, int at) {
+  Tev64f tap[count];
+  const Tev32f* line[count];
+  for (int j = 0; j < count; ++j) tap[j] = taps[at + j], line[j] = lines[at + j];
+  for (int x = 0; x < n; ++x) {
+    Tev64f sum = first ? 0 : sums[x], magnitude = first ? 0 : magnitudes[x];
+    for (int j = 0; j < count; ++j) {
+      const Tev64f product = tap[j] * line[j][x];
+      sum += product;
+      magnitude += std::fabs(product);
+    }
+    sums[x] = sum;
+    magnitudes[x] = magnitude;
+  }
+}
+
 // Stores the sums of one block and tells whether all of them are certain.
 template <int fixedLength, class Lines>
 bool guardedBlock(Tev32f* d, int n, const Tev32f* taps, int length, Lines lines) {
   const Tev64f unit = length * 0x1p-53;
   alignas(64) Tev64f sums[blockLength];
-  alignas(64) Tev64f errors[blockLength];
+  alignas(64) Tev64f magnitudes[blockLength];
   if constexpr (fixedLength > 0) {
-    Tev64f tap[fixedLength];
-    const Tev32f* line[fixedLength];
-    for (int j = 0; j < fixedLength; ++j) tap[j] = taps[j], line[j] = lines[j];
-    for (int x = 0; x < n; ++x) {
-      Tev64f sum = 0, magnitude = 0;
-      for (int j = 0; j < fixedLength; ++j) {
-        const Tev64f product = tap[j] * line[j][x];
-        sum += product;
-        magnitude += std::fabs(product);
-      }
-      sums[x] = sum;
-      errors[x] = magnitude * unit;
-    }
+    addTerms<fixedLength, true>(sums, magnitudes, n, taps, lines, 0);
   } else {
-    for (int x = 0; x < n; ++x) sums[x] = errors[x] = 0;
-    for (int j = 0; j < length; ++j) {
-      const Tev64f tap = taps[j];
-      const Tev32f* const line = lines[j];
-      for (int x = 0; x < n; ++x) {
-        const Tev64f product = tap * line[x];
-        sums[x] += product;
-        errors[x] += std::fabs(product);
-      }
-    }
-    for (int x = 0; x < n; ++x) errors[x] *= unit;
+    int j = std::min(length, 4);
+    if (j == 4)
+      addTerms<4, true>(sums, magnitudes, n, taps, lines, 0);
+    else
+      addTerms<1, true>(sums, magnitudes, n, taps, lines, 0), j = 1;
+    for (; j + 3 <= length; j += 3) addTerms<3, false>(sums, magnitudes, n, taps, lines, j);
+    for (; j < length; ++j) addTerms<1, false>(sums, magnitudes, n, taps, lines, j);
   }
   // Compared as bits: zeros of either sign are different results.
   std::uint32_t doubts = 0;
   alignas(64) Tev32f results[blockLength];
   for (int x = 0; x < n; ++x) {
-    const auto low = static_cast<Tev32f>(sums[x] - errors[x]), high = static_cast<Tev32f>(sums[x] + errors[x]);
+    const auto low = static_cast<Tev32f>(sums[x] - magnitudes[x] * unit),
+               high = static_cast<Tev32f>(sums[x] + magnitudes[x] * unit);
     doubts |= std::bit_cast<std::uint32_t>(low) ^ std::bit_cast<std::uint32_t>(high);
     results[x] = high;
   }
