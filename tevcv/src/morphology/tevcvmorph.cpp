@@ -10,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 #include "frame/arithmetic.h"
 #include "frame/checks.h"
@@ -631,12 +632,18 @@ void sweepRuns(const T* src, int srcStep, T* dst, int dstStep, int width, int he
     const auto kernelRow = [&](int i) -> const T* { return line(p - h + shape.rowIndex[i], shape.rowLenIndex[i]); };
     T* const best = out[y];
     Best::ofEach(kernelRow(0), kernelRow(1), best, len);
+    const auto take = [&]<int... k>(int i, std::integer_sequence<int, k...>) {
+      const T* const lines[] = {best, kernelRow(i + k)...};
+      bestOfLines<Best, 1 + sizeof...(k)>(lines, best, len);
+    };
     int i = 2;
-    for (; i + 4 <= shape.numRows; i += 4) {
-      const T* const lines[] = {best, kernelRow(i), kernelRow(i + 1), kernelRow(i + 2), kernelRow(i + 3)};
-      bestOfLines<Best, 5>(lines, best, len);
-    }
-    for (; i < shape.numRows; ++i) Best::ofEach(best, kernelRow(i), best, len);
+    for (; i + 4 <= shape.numRows; i += 4) take(i, std::make_integer_sequence<int, 4>());
+    if (const int left = shape.numRows - i; left == 3)
+      take(i, std::make_integer_sequence<int, 3>());
+    else if (left == 2)
+      take(i, std::make_integer_sequence<int, 2>());
+    else if (left == 1)
+      take(i, std::make_integer_sequence<int, 1>());
   };
 
   // The rows before the one that completes the first window. An image that ends among them repeats its last row.
