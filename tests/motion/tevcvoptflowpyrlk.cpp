@@ -694,6 +694,25 @@ TYPED_TEST(OpticalFlow, TrackingChecksPointersThenSizesThenArguments) {
   EXPECT_EQ(K::release(state), tevStatusOk);
 }
 
+TEST(OpticalFlowBytes, SumsOfARowWrapAt32Bits) {
+  // Hard bars: 31 squared gradients of 16320 go far beyond 2^31.
+  const Texture texture(15);
+  Pyramid<Bytes> a(texture, 64, 48, 0, 0, 0), b(texture, 64, 48, 0, 0, 0);
+  Random random(9);
+  for (int y = 0; y < 48; ++y)
+    for (int x = 0; x < 64; ++x) {
+      const auto bar = static_cast<Tev8u>(x % 4 < 2 ? random.between(0, 20) : random.between(235, 255));
+      a.levels[0]->set(x, y, bar);
+      b.levels[0]->set(x, y, random.oneIn(3) ? static_cast<Tev8u>(255 - bar) : bar);
+    }
+  Points points;
+  for (int i = 0; i < 8; ++i) points.add(32 + random.real(20), 24 + random.real(12), 32, 24);
+  for (const TevSize roi : {everyLevelPrecomputed, noLevelPrecomputed}) {
+    const Settings s = {31, 0, 6, 0.01F, roi};
+    expectSame(flow<Bytes>(a, b, points, s), flowByDefinition<Bytes>(a, b, points, s));
+  }
+}
+
 TEST(OpticalFlowWorkers, ConvolutionOfWordsIsTheRoundedScharrGradient) {
   Random random(6);
   for (int trial = 0; trial < 50; ++trial) {

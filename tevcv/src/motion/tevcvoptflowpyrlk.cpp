@@ -127,7 +127,13 @@ struct Patches {
     gradY = gradX + patch;
     workX = reinterpret_cast<typename K::Work*>(corner + 4 * patch);
     workY = workX + std::ptrdiff_t{windowSize + 2} * (2 * windowSize + 6);
+    gradientBytes_ = static_cast<std::size_t>(patch) * sizeof(typename K::Gradient) * 2;
   }
+
+  void clearGradients() { std::memset(gradX - pitch - 1, 0, gradientBytes_); }
+
+ private:
+  std::size_t gradientBytes_;
 };
 
 // --- The samplers of each type ---
@@ -203,21 +209,21 @@ struct Mismatch {
   Sum x, y;
 };
 
-// Row sums of 16-bit products in 32-bit words, which wrap; rows are added exactly. The gradients are 0 outside the part
-// of the window that they were taken for: where that is the whole window of the sum, whole blocks of columns can run.
-constexpr int sumBlock = 16;
-
-template <class T>
-int sumWidth(const Patches<T>& p, const Window& w, const Window& gradients) {
-  return std::is_same_v<T, Tev8u> && w == gradients && w.x0 == 0 ? p.pitch & -sumBlock : 0;
+// Row sums of 16-bit products in 32-bit words, which wrap; rows are added exactly. Gradients are 0 outside the part of
+// the window that they were taken for: a sum over that part may run over whole rows, in vectors without a rest.
+struct Columns {
+  int from, end;
+};
+Columns columnsOf(const Patches<Tev8u>& p, const Window& w, const Window& gradients) {
+  return w == gradients ? Columns{0, p.pitch & -16} : Columns{w.x0, w.x1 + 1};
 }
-
-NormalMatrix<std::int64_t> normalMatrix(const Patches<Tev8u>& p, const Window& w) {
+NormalMatrix<std::int64_t> normalMatrix(const Patches<Tev8u>& p, const Window& w, const Window& gradients) {
+  const Columns columns = columnsOf(p, w, gradients);
   NormalMatrix<std::int64_t> g = {};
   for (int y = w.y0; y <= w.y1; ++y) {
     const Tev16s *const gx = p.gradX + std::ptrdiff_t{y} * p.pitch, *const gy = p.gradY + std::ptrdiff_t{y} * p.pitch;
     unsigned xx = 0, xy = 0, yy = 0;
-    for (int x = w.x0; x <= w.x1; ++x) {
+    for (int x = columns.from; x < columns.end; ++x) {
       xx += static_cast<unsigned>(gx[x] * gx[x]);
       xy += static_cast<unsigned>(gx[x] * gy[x]);
       yy += static_cast<unsigned>(gy[x] * gy[x]);
@@ -226,15 +232,16 @@ NormalMatrix<std::int64_t> normalMatrix(const Patches<Tev8u>& p, const Window& w
   }
   return g;
 }
-Mismatch<std::int64_t> mismatch(const Patches<Tev8u>& p, const Window& w) {
+Mismatch<std::int64_t> mismatch(const Patches<Tev8u>& p, const Window& w, const Window& gradients) {
+  const Columns columns = columnsOf(p, w, gradients);
   Mismatch<std::int64_t> v = {};
   for (int y = w.y0; y <= w.y1; ++y) {
     const std::ptrdiff_t row = std::ptrdiff_t{y} * p.pitch;
     const Tev16s *const gx = p.gradX + row, *const gy = p.gradY + row;
     const Tev16u *const i = p.first + row, *const j = p.second + row;
     unsigned vx = 0, vy = 0;
-    for (int x = w.x0; x <= w.x1; ++x) {
-      const int d = i[x] - j[x];
+    for (int x = columns.from; x < columns.end; ++x) {
+      const auto d = static_cast<Tev16s>(i[x] - j[x]);  // pixels times 128 differ by less than 32768
       vx += static_cast<unsigned>(gx[x] * d);
       vy += static_cast<unsigned>(gy[x] * d);
     }
@@ -245,7 +252,7 @@ Mismatch<std::int64_t> mismatch(const Patches<Tev8u>& p, const Window& w) {
 
 // Floats: every product is added in extended precision.
 template <class T>
-NormalMatrix<Extended> normalMatrix(const Patches<T>& p, const Window& w) {
+NormalMatrix<Extended> normalMatrix(const Patches<T>& p, const Window& w, const Window& /*gradients*/) {
   NormalMatrix<Extended> g = {};
   for (int y = w.y0; y <= w.y1; ++y) {
     const Tev32f *const gx = p.gradX + std::ptrdiff_t{y} * p.pitch, *const gy = p.gradY + std::ptrdiff_t{y} * p.pitch;
@@ -258,7 +265,7 @@ NormalMatrix<Extended> normalMatrix(const Patches<T>& p, const Window& w) {
   return g;
 }
 template <class T>
-Mismatch<Extended> mismatch(const Patches<T>& p, const Window& w) {
+Mismatch<Extended> mismatch(const Patches<T>& p, const Window& w, const Window& /*gradients*/) {
   Mismatch<Extended> v = {};
   for (int y = w.y0; y <= w.y1; ++y) {
     const std::ptrdiff_t row = std::ptrdiff_t{y} * p.pitch;
@@ -363,6 +370,7 @@ class PointTracker {
     const int width = w.x1 - w.x0 + 1, height = w.y1 - w.y0 + 1;
     const int step = patches_.pitch * int{sizeof(typename K::Gradient)};
     typename K::Gradient *const gx = patches_.gradX + at, *const gy = patches_.gradY + at;
+    if (width < windowSize_ || height < windowSize_) patches_.clearGradients();
     if (images == nullptr) {
       convolvePatch(patches_.corner + at, step, gx, gy, width + 2, height + 2, patches_.workX, patches_.workY);
       return;
@@ -399,8 +407,8 @@ class PointTracker {
       window_ = w;
       if (w.empty()) return Outcome::leftImage;
       // The matrix depends on the window alone; only the mismatch depends on the position.
-      if (!same) sums = normalMatrix(patches_, w);
-      const auto mismatches = mismatch(patches_, w);
+      if (!same) sums = normalMatrix(patches_, w, inner);
+      const auto mismatches = mismatch(patches_, w, inner);
       const Extended xx = sums.xx, xy = sums.xy, yy = sums.yy, vx = mismatches.x, vy = mismatches.y;
       const Extended determinant = xx * yy - xy * xy;
       if (determinant < 2.220446049250313e-16) return Outcome::lost;
@@ -430,6 +438,31 @@ class PointTracker {
   Tev32f thresholdSquared_;
   Window window_ = {0, 0, -1, -1};  // of the last iteration
 };
+
+// --- The gradients of a level ---
+
+// One row of both Scharr derivatives, times 4 for bytes, with the edge pixels repeated on both sides. Bytes need no
+// more than this one pass. Floats are rounded behind each of the two stages, as the filters do it.
+template <class P, class G>
+void scharrRow(const P* above, const P* here, const P* below, G* __restrict gx, G* __restrict gy, int width) {
+  const auto store = [=](int l, int c, int r) {
+    if constexpr (std::is_integral_v<P>) {
+      const auto difference = [=](const P* p) { return p[r] - p[l]; };
+      const auto smooth = [=](const P* p) { return 3 * (p[l] + p[r]) + 10 * p[c]; };
+      gx[c] = static_cast<G>(4 * (3 * (difference(above) + difference(below)) + 10 * difference(here)));
+      gy[c] = static_cast<G>(4 * (smooth(below) - smooth(above)));
+    } else {
+      const auto smooth = [](Extended p, Extended q, Extended s) {
+        return static_cast<Tev32f>(3 * p + 10 * q + 3 * s);
+      };
+      gx[c] = smooth(above[r] - above[l], here[r] - here[l], below[r] - below[l]);
+      gy[c] = smooth(below[l], below[c], below[r]) - smooth(above[l], above[c], above[r]);
+    }
+  };
+  store(0, 0, std::min(1, width - 1));
+  for (int x = 1; x < width - 1; ++x) store(x - 1, x, x + 1);
+  if (width > 1) store(width - 2, width - 1, width - 1);
+}
 
 // --- All points ---
 
@@ -561,48 +594,53 @@ class FlowCall {
     const auto images = reinterpret_cast<Gradient*>(state_.buffer);
     const int step = stride * int{sizeof(Gradient)};
     const GradientImages<Gradient> result = {images, images + sizes_.image, step};
+    const TevSize roi = level.roi;
     // Where the level cannot be read no point gets as far as its gradients.
-    if (firstFailure(notNull(level.first), region(level.roi), rowFits<T>(level.firstStep, level.roi.width),
+    if (firstFailure(notNull(level.first), region(roi), rowFits<T>(level.firstStep, roi.width),
                      wholeElements<T>(level.firstStep)) != tevStatusOk)
       return result;
-    Tev8u* const scratch = reinterpret_cast<Tev8u*>(images + K::imagesPerLevel * sizes_.image);
     const auto forEachRow = [&](auto work) {
-      forEachShare(level.roi.height, shares_, [&](Share share) {
+      forEachShare(roi.height, shares_, [&](Share share) {
         for (int y = share.firstRow; y < share.endRow(); ++y) work(y);
       });
     };
     const auto gx = rows(result.x, step), gy = rows(result.y, step);
-    const int width = level.roi.width;
-    if constexpr (std::is_same_v<T, Tev8u>) {
-      teviFilterScharrHorizBorder_8u16s_C1R(level.first, level.firstStep, result.y, step, level.roi, tevBorderRepl, 0,
-                                            scratch);
-      teviFilterScharrVertBorder_8u16s_C1R(level.first, level.firstStep, result.x, step, level.roi, tevBorderRepl, 0,
-                                           scratch);
+    const auto fillFrom = [&](auto source) {
       forEachRow([&](int y) {
-        tevsMulC_16s_ISfs(4, gx[y], width, 0);
-        tevsMulC_16s_ISfs(4, gy[y], width, 0);
+        scharrRow(source[std::max(y - 1, 0)], source[y], source[std::min(y + 1, roi.height - 1)], gx[y], gy[y],
+                  roi.width);
       });
+    };
+    if constexpr (std::is_same_v<T, Tev8u>) {
+      fillFrom(rows(level.first, level.firstStep));
     } else {
-      const Tev32f* source = nullptr;
+      const Tev32f* source;
       int sourceStep = level.firstStep;
       if constexpr (std::is_same_v<T, Tev16u>) {
         const auto from = rows(level.first, level.firstStep);
         const auto to = rows(images + 2 * sizes_.image, step);
         forEachRow([&](int y) {
-          tevsConvert_16u32f(from[y], to[y], width);
-          tevsMulC_32f_I(0.03125F, to[y], width);
+          tevsConvert_16u32f(from[y], to[y], roi.width);
+          tevsMulC_32f_I(0.03125F, to[y], roi.width);
         });
         source = to[0];
         sourceStep = step;
       } else {
         source = level.first;
       }
-      teviFilterScharrHorizBorder_32f_C1R(source, sourceStep, result.y, step, level.roi, tevBorderRepl, 0, scratch);
-      teviFilterScharrVertBorder_32f_C1R(source, sourceStep, result.x, step, level.roi, tevBorderRepl, 0, scratch);
+      // The filters' scratch grows with the thread setting, and may have outgrown the state since its creation.
+      int needed = 0;
+      Tev8u* const scratch = reinterpret_cast<Tev8u*>(images + K::imagesPerLevel * sizes_.image);
+      if (filterScratchSize(roi, false, &needed) == tevStatusOk && needed <= std::int64_t{state_.filterScratch} * 4) {
+        teviFilterScharrHorizBorder_32f_C1R(source, sourceStep, result.y, step, roi, tevBorderRepl, 0, scratch);
+        teviFilterScharrVertBorder_32f_C1R(source, sourceStep, result.x, step, roi, tevBorderRepl, 0, scratch);
+      } else {
+        fillFrom(rows(source, sourceStep));
+      }
       if constexpr (std::is_same_v<T, Tev32f>)
         forEachRow([&](int y) {
-          tevsMulC_32f_I(0.03125F, gx[y], width);
-          tevsMulC_32f_I(0.03125F, gy[y], width);
+          tevsMulC_32f_I(0.03125F, gx[y], roi.width);
+          tevsMulC_32f_I(0.03125F, gy[y], roi.width);
         });
     }
     return result;
