@@ -29,10 +29,13 @@ same "the export list and the library's symbols" "$work/listed" "$work/exported"
 grep -E '^(tevs|tevi|tevib|tevcv)[A-Z]|^i_(malloc|calloc|realloc|free)$' "$work/listed" > "$work/public"
 same "the header and the public names" "$work/declared" "$work/public"
 
-# Workers and tables: what the internal header declares.
+# Workers and tables: what the internal header declares besides. Every declaration that is visible to the linker carries
+# the same attribute.
 grep -vxFf "$work/public" "$work/listed" > "$work/workers"
-sed -e 's://.*::' -e '/^#/d' "$source"/include/tevcv_internal/*.h | tr '\n' ' ' | sed -e 's/TEV_WORKER/\nTEV_WORKER/g' |
-  sed -nE 's/^TEV_WORKER [^(;]*[ *&]([A-Za-z_][A-Za-z0-9_]*) *(\(|\[|;).*/\1/p' | sort -u > "$work/declaredworkers"
+echo '#include "tevcv_internal.h"' | "$compiler" -x c++ -std=c++20 -E -P -I "$source/include" - | tr '\n' ' ' |
+  sed -e 's/__attribute__((visibility("default")))/\n@/g' |
+  sed -nE 's/^@ [^(;=]*[ *&]([A-Za-z_][A-Za-z0-9_]*) *(\(|\[|;).*/\1/p' | sort -u > "$work/internal"
+grep -vxFf "$work/public" "$work/internal" > "$work/declaredworkers"
 same "the internal headers and the workers" "$work/declaredworkers" "$work/workers"
 
 # Imports from the core library: these eight names and no others.
