@@ -11,6 +11,7 @@
 #include <cstring>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 #include "frame/arithmetic.h"
 #include "frame/checks.h"
