@@ -16,6 +16,9 @@ typedef struct TevMorphState TevMorphState;
 /** A structuring element and its reflection made ready for the composed operations, with a scratch image. */
 typedef struct TevMorphAdvState TevMorphAdvState;
 
+/** A kernel of values made ready for grey-scale morphology. */
+typedef struct TevMorphGrayState TevMorphGrayState;
+
 /**
  * @name Minimum and maximum over a rectangle
  * dst(x, y) = the least (greatest) src(i, j), each channel on its own, over `maskSize` pixels:
@@ -294,6 +297,82 @@ TEV_API TevStatus teviMorphGradientBorder_32f_C3R(const Tev32f* src, int srcStep
                                                   TevSize roiSize, TevBorderType borderType, TevMorphAdvState* state);
 TEV_API TevStatus teviMorphGradientBorder_32f_C4R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
                                                   TevSize roiSize, TevBorderType borderType, TevMorphAdvState* state);
+/** @} */
+
+/**
+ * @name Grey-scale morphology
+ * With a kernel of values k: dilation is dst(x, y) = max over i, j of src(x + j - anchor.x, y + i - anchor.y) + k(i,
+ * j), erosion the min of the same sums, positions clamped to the region (row i, column j of the kernel). The kernel is
+ * not reflected, and erosion adds its values too: negate them to subtract. Byte results are limited to 0..255; sums
+ * beyond 32 bits saturate. Floats start from -3.4028235e38 (dilation) or 3.4028235e38, which therefore bound the result
+ * from one side, and a sum that is NaN is passed over.
+ *
+ * `mask` holds the kernel's `maskSize` values row by row without padding, all of which count; it is copied. `anchor`
+ * counts from its top-left cell. A state serves regions up to `roiSize`, any number of running calls at a time, and has
+ * to be one for the same element type. Images are `roiSize` pixels and must not overlap; `borderType` is
+ * #tevBorderRepl. A call costs the region's area times the kernel's.
+ *
+ * `...GetSize` tells the bytes of a state, `...Init` builds it there, `...InitAlloc` allocates it and `...Free` gives
+ * it back (only what `...InitAlloc` made).
+ * @return `...GetSize`: #tevStatusNullPtr, #tevStatusBadSize (a size of the region or the mask below 1). `...Init`,
+ *         `...InitAlloc`: the same, then #tevStatusBadAnchor (outside the mask), #tevStatusNoMemory (`...InitAlloc`;
+ *         `state` is left as it was on every failure). `...Free`: #tevStatusNullPtr. The operations: #tevStatusNullPtr,
+ *         #tevStatusBadSize (width or height below 1), #tevStatusBadStep (a step shorter than the row),
+ *         #tevStatusStepNotAligned (no whole number of floats), #tevStatusBadArg (`borderType`), #tevStatusBadSize
+ *         (wider or taller than the state's region), in that order.
+ * @see S. Sternberg, "Grayscale morphology", 1986.
+ * @{
+ */
+TEV_API TevStatus teviMorphGrayGetSize_8u_C1R(TevSize roiSize, const Tev32s* mask, TevSize maskSize, int* size);
+TEV_API TevStatus teviMorphGrayGetSize_32f_C1R(TevSize roiSize, const Tev32f* mask, TevSize maskSize, int* size);
+TEV_API TevStatus teviMorphGrayInit_8u_C1R(TevMorphGrayState* state, TevSize roiSize, const Tev32s* mask,
+                                           TevSize maskSize, TevPoint anchor);
+TEV_API TevStatus teviMorphGrayInit_32f_C1R(TevMorphGrayState* state, TevSize roiSize, const Tev32f* mask,
+                                            TevSize maskSize, TevPoint anchor);
+TEV_API TevStatus teviMorphGrayInitAlloc_8u_C1R(TevMorphGrayState** state, TevSize roiSize, const Tev32s* mask,
+                                                TevSize maskSize, TevPoint anchor);
+TEV_API TevStatus teviMorphGrayInitAlloc_32f_C1R(TevMorphGrayState** state, TevSize roiSize, const Tev32f* mask,
+                                                 TevSize maskSize, TevPoint anchor);
+TEV_API TevStatus teviMorphGrayFree_8u_C1R(TevMorphGrayState* state);
+TEV_API TevStatus teviMorphGrayFree_32f_C1R(TevMorphGrayState* state);
+TEV_API TevStatus teviGrayDilateBorder_8u_C1R(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize roiSize,
+                                              TevBorderType borderType, TevMorphGrayState* state);
+TEV_API TevStatus teviGrayErodeBorder_8u_C1R(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize roiSize,
+                                             TevBorderType borderType, TevMorphGrayState* state);
+TEV_API TevStatus teviGrayDilateBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
+                                               TevSize roiSize, TevBorderType borderType, TevMorphGrayState* state);
+TEV_API TevStatus teviGrayErodeBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep, TevSize roiSize,
+                                              TevBorderType borderType, TevMorphGrayState* state);
+/** @} */
+
+/**
+ * @name Reconstruction
+ * By dilation: the marker `srcDst` grows into its neighbours, never above the mask `src`, until nothing changes: the
+ * largest image under `src` that the dilations of min(marker, mask) reach. By erosion: likewise with min and max
+ * exchanged, from max(marker, mask). Neighbours are the four beside a pixel (`norm` #tevNormL1) or all eight
+ * (#tevNormInf). A marker on the wrong side of the mask is brought to the mask; that is no error. The result does not
+ * depend on the number of threads; regions of at least 11 x 11 pixels are worked on by up to two.
+ *
+ * Images are `roiSize` pixels and must not overlap. `buffer` is scratch of the length in bytes that
+ * `...GetBufferSize` gives for the region, at any address. A float marker that is NaN counts as the mask's value, a
+ * mask that is NaN lets nothing through.
+ * @return `...GetBufferSize`: #tevStatusNullPtr, #tevStatusBadSize (width or height below 1). The operations:
+ *         #tevStatusNullPtr, #tevStatusBadSize, #tevStatusBadStep (a step shorter than the row),
+ *         #tevStatusStepNotAligned (no whole number of floats), #tevStatusBadArg (`norm`), in that order.
+ * @see L. Vincent, "Morphological grayscale reconstruction in image analysis: applications and efficient algorithms",
+ * 1993.
+ * @{
+ */
+TEV_API TevStatus teviMorphReconstructGetBufferSize_8u_C1(TevSize roiSize, int* size);
+TEV_API TevStatus teviMorphReconstructGetBufferSize_32f_C1(TevSize roiSize, int* size);
+TEV_API TevStatus teviMorphReconstructDilate_8u_C1IR(const Tev8u* src, int srcStep, Tev8u* srcDst, int srcDstStep,
+                                                     TevSize roiSize, Tev8u* buffer, TevNorm norm);
+TEV_API TevStatus teviMorphReconstructErode_8u_C1IR(const Tev8u* src, int srcStep, Tev8u* srcDst, int srcDstStep,
+                                                    TevSize roiSize, Tev8u* buffer, TevNorm norm);
+TEV_API TevStatus teviMorphReconstructDilate_32f_C1IR(const Tev32f* src, int srcStep, Tev32f* srcDst, int srcDstStep,
+                                                      TevSize roiSize, Tev8u* buffer, TevNorm norm);
+TEV_API TevStatus teviMorphReconstructErode_32f_C1IR(const Tev32f* src, int srcStep, Tev32f* srcDst, int srcDstStep,
+                                                     TevSize roiSize, Tev8u* buffer, TevNorm norm);
 /** @} */
 
 /** @} */

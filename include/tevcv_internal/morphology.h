@@ -396,3 +396,136 @@ struct TevMorphAdvState {
   Tev32s zero;
 };
 static_assert(sizeof(void*) != 4 || sizeof(TevMorphAdvState) == 20);
+
+// --- Grey-scale morphology ------------------------------------------------------------------------------------------
+
+// One block: this header, then the kernel's values, 32-bit integers for byte images and floats for float images.
+struct TevMorphGrayState {
+  const void* kernel;
+  Tev32s width, height;  // of the kernel
+  Tev32s anchorX, anchorY;
+  Tev32s maxRoiWidth, maxRoiHeight;
+};
+static_assert(sizeof(TevMorphGrayState) == sizeof(void*) + 24);
+
+// --- Reconstruction -------------------------------------------------------------------------------------------------
+
+// Sweeps of one row against its mask: values run along the row, each limited by the mask. ForwardRev goes from left to
+// right and back, Forward and Backward one way. The Check forms tell whether a value changed.
+TEV_WORKER void ownDilateForwardRev02_8u_C1R(const Tev8u* mask, Tev8u* row, int width);
+TEV_WORKER int ownDilateForwardCheckRev02_8u_C1R(const Tev8u* mask, Tev8u* row, int width);
+TEV_WORKER int ownDilateForwardCheck02_8u_C1R(const Tev8u* mask, Tev8u* row, int width);
+TEV_WORKER int ownDilateBackwardCheck02_8u_C1R(const Tev8u* mask, Tev8u* row, int width);
+TEV_WORKER void ownDilateForwardRev02_32f_C1R(const Tev32f* mask, Tev32f* row, int width);
+TEV_WORKER int ownDilateForwardCheckRev02_32f_C1R(const Tev32f* mask, Tev32f* row, int width);
+TEV_WORKER int ownDilateForwardCheck02_32f_C1R(const Tev32f* mask, Tev32f* row, int width);
+TEV_WORKER int ownDilateBackwardCheck02_32f_C1R(const Tev32f* mask, Tev32f* row, int width);
+TEV_WORKER void ownErodeForwardRev02_8u_C1R(const Tev8u* mask, Tev8u* row, int width);
+TEV_WORKER int ownErodeForwardCheckRev02_8u_C1R(const Tev8u* mask, Tev8u* row, int width);
+TEV_WORKER int ownErodeForwardCheck02_8u_C1R(const Tev8u* mask, Tev8u* row, int width);
+TEV_WORKER int ownErodeBackwardCheck02_8u_C1R(const Tev8u* mask, Tev8u* row, int width);
+TEV_WORKER void ownErodeForwardRev02_32f_C1R(const Tev32f* mask, Tev32f* row, int width);
+TEV_WORKER int ownErodeForwardCheckRev02_32f_C1R(const Tev32f* mask, Tev32f* row, int width);
+TEV_WORKER int ownErodeForwardCheck02_32f_C1R(const Tev32f* mask, Tev32f* row, int width);
+TEV_WORKER int ownErodeBackwardCheck02_32f_C1R(const Tev32f* mask, Tev32f* row, int width);
+
+// Plain passes over rows `from` to the one before `to` (Up: behind `to`, which is -1 for a pass to the top). `mask` and
+// `row` are row 0 of the region. Each row takes in the one that the pass comes from and is swept both ways; with
+// `first` the first row is swept alone. `buffer` holds one line. The plain names work with four neighbours, Inf with
+// eight.
+TEV_WORKER void ownDilateDown_8u_C1R(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                     int to, int first, Tev8u* buffer);
+TEV_WORKER void ownDilateDown_8u_C1RInf(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                        int to, int first, Tev8u* buffer);
+TEV_WORKER void ownDilateUp_8u_C1R(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                   int to, int first, Tev8u* buffer);
+TEV_WORKER void ownDilateUp_8u_C1RInf(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                      int to, int first, Tev8u* buffer);
+TEV_WORKER void ownDilateDown_32f_C1R(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width, int from,
+                                      int to, int first, Tev32f* buffer);
+TEV_WORKER void ownDilateDown_32f_C1RInf(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width,
+                                         int from, int to, int first, Tev32f* buffer);
+TEV_WORKER void ownDilateUp_32f_C1R(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width, int from,
+                                    int to, int first, Tev32f* buffer);
+TEV_WORKER void ownDilateUp_32f_C1RInf(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width, int from,
+                                       int to, int first, Tev32f* buffer);
+TEV_WORKER void ownErodeDown_8u_C1R(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                    int to, int first, Tev8u* buffer);
+TEV_WORKER void ownErodeDown_8u_C1RInf(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                       int to, int first, Tev8u* buffer);
+TEV_WORKER void ownErodeUp_8u_C1R(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from, int to,
+                                  int first, Tev8u* buffer);
+TEV_WORKER void ownErodeUp_8u_C1RInf(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                     int to, int first, Tev8u* buffer);
+TEV_WORKER void ownErodeDown_32f_C1R(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width, int from,
+                                     int to, int first, Tev32f* buffer);
+TEV_WORKER void ownErodeDown_32f_C1RInf(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width, int from,
+                                        int to, int first, Tev32f* buffer);
+TEV_WORKER void ownErodeUp_32f_C1R(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width, int from,
+                                   int to, int first, Tev32f* buffer);
+TEV_WORKER void ownErodeUp_32f_C1RInf(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width, int from,
+                                      int to, int first, Tev32f* buffer);
+
+// Check passes: as the plain ones, but a row is processed only if the row before it changed or its flag is set, and the
+// count of rows changed is returned. flags[y] is that of row y; a changed row flags itself and the row that the pass
+// comes from, which may be -1 or the one below the last. `mode` from 1 up sweeps forward only, below 1 both ways. An
+// even mode has no row before the first one: that one is swept forward if flagged (from 2 up), both ways in any case
+// (0) or not at all (below 0). In an odd mode it is a row as any other. `buffer` and `scratch` hold one line each.
+TEV_WORKER int ownDilateDownCheck_8u_C1R(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                         int to, int mode, Tev8u* flags, Tev8u* buffer, Tev8u* scratch);
+TEV_WORKER int ownDilateDownCheck_8u_C1RInf(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width,
+                                            int from, int to, int mode, Tev8u* flags, Tev8u* buffer, Tev8u* scratch);
+TEV_WORKER int ownDilateUpCheck_8u_C1R(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                       int to, int mode, Tev8u* flags, Tev8u* buffer, Tev8u* scratch);
+TEV_WORKER int ownDilateUpCheck_8u_C1RInf(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                          int to, int mode, Tev8u* flags, Tev8u* buffer, Tev8u* scratch);
+TEV_WORKER int ownDilateDownCheck_32f_C1R(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width,
+                                          int from, int to, int mode, Tev8u* flags, Tev32f* buffer, Tev32f* scratch);
+TEV_WORKER int ownDilateDownCheck_32f_C1RInf(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width,
+                                             int from, int to, int mode, Tev8u* flags, Tev32f* buffer, Tev32f* scratch);
+TEV_WORKER int ownDilateUpCheck_32f_C1R(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width, int from,
+                                        int to, int mode, Tev8u* flags, Tev32f* buffer, Tev32f* scratch);
+TEV_WORKER int ownDilateUpCheck_32f_C1RInf(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width,
+                                           int from, int to, int mode, Tev8u* flags, Tev32f* buffer, Tev32f* scratch);
+TEV_WORKER int ownErodeDownCheck_8u_C1R(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                        int to, int mode, Tev8u* flags, Tev8u* buffer, Tev8u* scratch);
+TEV_WORKER int ownErodeDownCheck_8u_C1RInf(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width,
+                                           int from, int to, int mode, Tev8u* flags, Tev8u* buffer, Tev8u* scratch);
+TEV_WORKER int ownErodeUpCheck_8u_C1R(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                      int to, int mode, Tev8u* flags, Tev8u* buffer, Tev8u* scratch);
+TEV_WORKER int ownErodeUpCheck_8u_C1RInf(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                         int to, int mode, Tev8u* flags, Tev8u* buffer, Tev8u* scratch);
+TEV_WORKER int ownErodeDownCheck_32f_C1R(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width,
+                                         int from, int to, int mode, Tev8u* flags, Tev32f* buffer, Tev32f* scratch);
+TEV_WORKER int ownErodeDownCheck_32f_C1RInf(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width,
+                                            int from, int to, int mode, Tev8u* flags, Tev32f* buffer, Tev32f* scratch);
+TEV_WORKER int ownErodeUpCheck_32f_C1R(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width, int from,
+                                       int to, int mode, Tev8u* flags, Tev32f* buffer, Tev32f* scratch);
+TEV_WORKER int ownErodeUpCheck_32f_C1RInf(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width,
+                                          int from, int to, int mode, Tev8u* flags, Tev32f* buffer, Tev32f* scratch);
+
+// The passes with four neighbours and with eight, in this order.
+using TevReconstructPass_8u = void (*)(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                       int to, int first, Tev8u* buffer);
+using TevReconstructCheck_8u = int (*)(const Tev8u* mask, int maskStep, Tev8u* row, int rowStep, int width, int from,
+                                       int to, int mode, Tev8u* flags, Tev8u* buffer, Tev8u* scratch);
+using TevReconstructPass_32f = void (*)(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width, int from,
+                                        int to, int first, Tev32f* buffer);
+using TevReconstructCheck_32f = int (*)(const Tev32f* mask, int maskStep, Tev32f* row, int rowStep, int width, int from,
+                                        int to, int mode, Tev8u* flags, Tev32f* buffer, Tev32f* scratch);
+TEV_WORKER const TevReconstructPass_8u tabDilateDown_8u_C1R[2];
+TEV_WORKER const TevReconstructCheck_8u tabDilateDownCheck_8u_C1R[2];
+TEV_WORKER const TevReconstructPass_8u tabDilateUp_8u_C1R[2];
+TEV_WORKER const TevReconstructCheck_8u tabDilateUpCheck_8u_C1R[2];
+TEV_WORKER const TevReconstructPass_32f tabDilateDown_32f_C1R[2];
+TEV_WORKER const TevReconstructCheck_32f tabDilateDownCheck_32f_C1R[2];
+TEV_WORKER const TevReconstructPass_32f tabDilateUp_32f_C1R[2];
+TEV_WORKER const TevReconstructCheck_32f tabDilateUpCheck_32f_C1R[2];
+TEV_WORKER const TevReconstructPass_8u tabErodeDown_8u_C1R[2];
+TEV_WORKER const TevReconstructCheck_8u tabErodeDownCheck_8u_C1R[2];
+TEV_WORKER const TevReconstructPass_8u tabErodeUp_8u_C1R[2];
+TEV_WORKER const TevReconstructCheck_8u tabErodeUpCheck_8u_C1R[2];
+TEV_WORKER const TevReconstructPass_32f tabErodeDown_32f_C1R[2];
+TEV_WORKER const TevReconstructCheck_32f tabErodeDownCheck_32f_C1R[2];
+TEV_WORKER const TevReconstructPass_32f tabErodeUp_32f_C1R[2];
+TEV_WORKER const TevReconstructCheck_32f tabErodeUpCheck_32f_C1R[2];
