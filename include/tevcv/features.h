@@ -73,6 +73,55 @@ TEV_API TevStatus teviSampleLine_32f_C3R(const Tev32f* src, int srcStep, TevSize
                                          TevPoint pt2);
 /** @} */
 
+/** Derivative of the corner measures. */
+typedef Tev32s TevCornerKernel;
+enum { tevCornerKernelSobel = 0, tevCornerKernelScharr = 1 };
+
+/**
+ * @name Corner measures
+ * The eigenvalues of the gradient covariance matrix of each pixel. With dx and dy the vertical and horizontal Sobel or
+ * Scharr derivatives, the edges replicated, and the products averaged over a window by
+ * teviFilterLowpassBorder_32f_C1R(),
+ *
+ *     | a b |   | mean dx^2   mean dx dy |
+ *     | b c | = | mean dx dy  mean dy^2  | * s,   s = 1 / (255 * 2^(2 apertureSize - 2)), times 0.6125 for Scharr
+ *
+ * teviMinEigenVal_ stores the smaller eigenvalue ((a + c) - sqrt((a - c)^2 + 4 b^2)) / 2, one #Tev32f a pixel (J. Shi
+ * and C. Tomasi, "Good features to track", 1994). teviEigenValsVecs_ stores six #Tev32f a pixel: the larger and the
+ * smaller eigenvalue, x and y of the larger one's vector, x and y of the smaller one's (C. Harris and M. Stephens, "A
+ * combined corner and edge detector", 1988). It stores six zeros where min(a, c) or the determinant lies below
+ * t = 0.01 max(a, c), and the axes as vectors where |b| lies below t. Everything after the averages runs in extended
+ * precision and is rounded where it is stored.
+ *
+ * `kernelType` is #tevCornerKernelSobel or #tevCornerKernelScharr, `apertureSize` the derivative's mask size (3 or 5;
+ * Scharr has 3 alone), `avgWindow` the averaging window (3 or 5). `src` is `roiSize` pixels of one channel, the output
+ * as many pixels of one or six floats. `buffer` holds as many bytes as the size query gives under the same thread
+ * setting, at any address.
+ * @return The measures: #tevStatusNullPtr (`src`, output, `buffer`), #tevStatusBadSize, #tevStatusBadStep (a step
+ *         shorter than the row; for teviEigenValsVecs_32f_C1R() the output's step is held against four bytes a pixel,
+ *         although 24 are written), #tevStatusStepNotAligned, #tevStatusBadArg (`kernelType`), #tevStatusBadSize
+ *         (`apertureSize`, then `avgWindow`), in that order. The queries: #tevStatusNullPtr, #tevStatusBadSize.
+ * @{
+ */
+TEV_API TevStatus teviMinEigenValGetBufferSize_8u32f_C1R(TevSize roiSize, int apertureSize, int avgWindow, int* pSize);
+TEV_API TevStatus teviMinEigenValGetBufferSize_32f_C1R(TevSize roiSize, int apertureSize, int avgWindow, int* pSize);
+TEV_API TevStatus teviEigenValsVecsGetBufferSize_8u32f_C1R(TevSize roiSize, int apertureSize, int avgWindow,
+                                                           int* pSize);
+TEV_API TevStatus teviEigenValsVecsGetBufferSize_32f_C1R(TevSize roiSize, int apertureSize, int avgWindow, int* pSize);
+TEV_API TevStatus teviMinEigenVal_8u32f_C1R(const Tev8u* src, int srcStep, Tev32f* minEigen, int minEigenStep,
+                                            TevSize roiSize, TevCornerKernel kernelType, int apertureSize,
+                                            int avgWindow, Tev8u* buffer);
+TEV_API TevStatus teviMinEigenVal_32f_C1R(const Tev32f* src, int srcStep, Tev32f* minEigen, int minEigenStep,
+                                          TevSize roiSize, TevCornerKernel kernelType, int apertureSize, int avgWindow,
+                                          Tev8u* buffer);
+TEV_API TevStatus teviEigenValsVecs_8u32f_C1R(const Tev8u* src, int srcStep, Tev32f* eigen, int eigenStep,
+                                              TevSize roiSize, TevCornerKernel kernelType, int apertureSize,
+                                              int avgWindow, Tev8u* buffer);
+TEV_API TevStatus teviEigenValsVecs_32f_C1R(const Tev32f* src, int srcStep, Tev32f* eigen, int eigenStep,
+                                            TevSize roiSize, TevCornerKernel kernelType, int apertureSize,
+                                            int avgWindow, Tev8u* buffer);
+/** @} */
+
 /** @} */
 
 #endif
