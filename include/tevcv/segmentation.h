@@ -9,6 +9,97 @@
  * @{
  */
 
+/** How a step from pixel to pixel counts in a watershed, and to which neighbours it goes. */
+typedef Tev32s tevWatershedNorm;
+enum {
+  tevWatershedNormChess = 0,   /**< 8 neighbours, every step 1 */
+  tevWatershedNormCity = 1,    /**< 4 neighbours, every step 1 */
+  tevWatershedNormChamfer = 2, /**< 8 neighbours, straight 11, diagonal 15; sweep method only */
+  tevWatershedNormEikonal = 3  /**< 4 neighbours, Euclidean length in steps of 64; sweep method only */
+};
+
+/** Method of a watershed, one at least, and boundary of a segmentation, of which there may be none. */
+enum {
+  tevWatershedQueue = 1,   /**< flooding through queues; wins over the sweep method */
+  tevWatershedSweep = 2,   /**< sweeps that relax a cost map */
+  tevWatershedBound4 = 64, /**< mark boundaries between segments, seen by 4 neighbours */
+  tevWatershedBound8 = 128 /**< mark boundaries between segments, seen by 8 neighbours */
+};
+
+/**
+ * @name Watershed
+ * Segments a grey image from markers: the image is a landscape, and every marker a spring whose water rises evenly
+ * everywhere. A pixel belongs to the water that reaches it first, at the lowest level; on a plateau the nearer water
+ * comes first.
+ *
+ * `markers`, `roiSize` pixels like `src`, holds labels 1..254 where springs are and 0 elsewhere, and receives the label
+ * of every pixel. Label 255 is boundary: given by the caller it floods like any other, and neighbours of it stay free
+ * to take a label.
+ *
+ * - #tevWatershedQueue floods with one first-in first-out queue for each grey level. `norm` is 0 or 1. With
+ *   #tevWatershedBound4 or #tevWatershedBound8 a pixel that touches two labels as it is reached becomes 255; so do
+ *   markers that touch each other. The first of them decides during the flood, the second among the markers.
+ * - #tevWatershedSweep finds for each pixel the path from a marker with the lowest highest pixel, and among those the
+ *   shortest in the steps of `norm`, by sweeps in alternate directions. Boundaries are drawn afterwards: of a pair of
+ *   pixels with different labels the one farther from its marker becomes 255. `buffer` shall be a multiple of 32 then.
+ *   #tevWatershedBound4 comes before #tevWatershedBound8.
+ *
+ * `buffer` is scratch of the length in bytes that the size query gives for `roiSize`.
+ * @return The segmentation: #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), #tevStatusBadStep (shorter
+ *         than the row), #tevStatusBadArg (`flags` without a method; `norm` not one of the method's), in that order.
+ *         The query: #tevStatusNullPtr, #tevStatusBadSize; a size beyond 31 bits wraps.
+ * @see F. Meyer, "Color image segmentation", 1992; L. Vincent, P. Soille, "Watersheds in digital spaces: an efficient
+ *      algorithm based on immersion simulations", 1991; A. X. Falcao, J. Stolfi, R. de Alencar Lotufo, "The image
+ *      foresting transform: theory, algorithms, and applications", 2004.
+ * @{
+ */
+TEV_API TevStatus teviSegmentWatershedGetBufferSize_8u_C1R(TevSize roiSize, int* bufferSize);
+TEV_API TevStatus teviSegmentWatershed_8u_C1IR(const Tev8u* src, int srcStep, Tev8u* markers, int markerStep,
+                                               TevSize roiSize, tevWatershedNorm norm, uint32_t flags, Tev8u* buffer);
+/** @} */
+
+/**
+ * @name Gradient segmentation
+ * Grows regions from markers: the next pixel to be labelled is always the one that differs least from a labelled
+ * neighbour of it, so that regions spread through smooth areas and stop at edges. The difference of two pixels is that
+ * of their grey values, with three channels the largest of the three. Pixels of equal difference are labelled in the
+ * order in which they were found.
+ *
+ * `markers`, one channel of `roiSize` pixels, holds labels 1..253 and 0 elsewhere, and receives the labels; 254 is the
+ * boundary label. `norm` 0 grows to 8 neighbours, 1 to 4. With #tevWatershedBound4 or #tevWatershedBound8 in `flags` a
+ * pixel that touches another label as it is labelled becomes 254; the second wins. The outermost rows and columns take
+ * no part and come back as 255, markers on them included; where there is nothing to grow, `markers` stays as it was.
+ *
+ * `buffer` is scratch, at any address, of the length in bytes that the size query gives for `roiSize`.
+ * @return The segmentation: #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), #tevStatusBadStep (shorter
+ *         than the row), #tevStatusBadArg (`norm` neither 0 nor 1), in that order. The query: #tevStatusNullPtr,
+ *         #tevStatusBadSize; a size beyond 31 bits wraps.
+ * @see R. Adams, L. Bischof, "Seeded region growing", 1994; F. Meyer, "Color image segmentation", 1992.
+ * @{
+ */
+TEV_API TevStatus teviSegmentGradientGetBufferSize_8u_C1R(TevSize roiSize, int* bufferSize);
+TEV_API TevStatus teviSegmentGradientGetBufferSize_8u_C3R(TevSize roiSize, int* bufferSize);
+TEV_API TevStatus teviSegmentGradient_8u_C1IR(const Tev8u* src, int srcStep, Tev8u* markers, int markerStep,
+                                              TevSize roiSize, int norm, uint32_t flags, Tev8u* buffer);
+TEV_API TevStatus teviSegmentGradient_8u_C3IR(const Tev8u* src, int srcStep, Tev8u* markers, int markerStep,
+                                              TevSize roiSize, int norm, uint32_t flags, Tev8u* buffer);
+/** @} */
+
+/**
+ * @name Segment bounds
+ * Draws boundaries between labelled regions in place: row by row from the top, a pixel becomes `boundaryValue` where a
+ * neighbour that came before it, above or to the left, has a label that differs and is not `boundaryValue`. `norm` 0
+ * looks at the pixels above left, above, above right and left, `norm` 1 at those above and left. The row above and the
+ * pixel to the left are taken as they stand by then, so a boundary is one pixel wide; in the first row only the left
+ * neighbour counts. A label equal to `boundaryValue` counts as boundary in every comparison.
+ * @return #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), #tevStatusBadStep (`markerStep` below the
+ *         width), #tevStatusBadArg (`norm` other than 0 and 1), in that order.
+ * @{
+ */
+TEV_API TevStatus teviBoundSegments_8u_C1IR(Tev8u* markers, int markerStep, TevSize roiSize, Tev8u boundaryValue,
+                                            int norm);
+/** @} */
+
 /** @} */
 
 #endif
