@@ -62,62 +62,115 @@ inline Rounded roundWithin(Tev64f value, Tev64f margin) {
   return {high, (std::bit_cast<std::uint32_t>(low) ^ std::bit_cast<std::uint32_t>(high)) | (low == high ? 0U : 1U)};
 }
 
-// A block in double, each result in a line of its own. Tells whether any pixel is in doubt.
-bool fastBlock(const Tev32f* aPlane, const Tev32f* bPlane, const Tev32f* cPlane, Tev32f scale, int sign, int length,
-               Tev32f (&out)[resultsPerPixel][blockPixels]) {
-  std::uint32_t doubt = 0;
-  for (int i = 0; i < length; ++i) {
-    // Products of two floats are exact.
-    const Tev64f a = Tev64f{aPlane[i]} * scale, b = Tev64f{bPlane[i]} * scale, c = Tev64f{cPlane[i]} * scale;
-    const Tev64f most = a > c ? a : c, least = a > c ? c : a, magnitude = std::fabs(b);
-    const Tev64f t = weak * most, tMargin = std::fabs(t) * 0x1p-52;
-    const Tev64f ac = a * c, bb = b * b, d = ac - bb, dMargin = (std::fabs(ac) + bb) * 0x1p-51;
-    const Tev32f dLow = static_cast<Tev32f>(d - dMargin), dHigh = static_cast<Tev32f>(d + dMargin);
-    const bool none = (least < t - tMargin) | (Tev64f{dHigh} < t - tMargin);
-    const bool some = (least >= t + tMargin) & (Tev64f{dLow} >= t + tMargin);
-    const bool axes = magnitude < t - tMargin, turned = magnitude >= t + tMargin;
+// Which way a pixel goes, as far as double can tell.
+enum Way : std::uint32_t { noCorner, onAxes, turned, unknown };
 
-    const Tev64f difference = a - c, r = std::sqrt(4.0 * bb + difference * difference);
-    // Sum and root are off by less than 2^-50 of themselves, their halves by half of that.
-    const Tev64f margin = (std::fabs(a) + std::fabs(c) + r) * 0x1p-51;
-    const Tev64f smaller = (a + c - r) * 0.5;
-    const Rounded l1 = roundWithin((a + c + r) * 0.5, margin), l2 = roundWithin(smaller, margin);
+// A block in double, in stages that each run in vectors.
+struct EigenBlock {
+  Tev64f a[blockPixels], b[blockPixels], c[blockPixels];
+  std::uint32_t way[blockPixels];
+  Tev32f result[resultsPerPixel][blockPixels];
+  std::uint32_t valueDoubt[blockPixels], vectorDoubt[blockPixels];
 
-    const Tev64f vx = b * sign, y1 = l1.value - a, y2 = smaller - a;
-    const Tev64f root1 = std::sqrt(y1 * y1 + vx * vx), root2 = std::sqrt(y2 * y2 + vx * vx);
-    const Tev64f n1 = root1 > smallestNorm ? root1 : Tev64f{smallestNorm};
-    const Tev64f n2 = root2 > smallestNorm ? root2 : Tev64f{smallestNorm};
-    const Tev64f inverse1 = 1.0 / n1, inverse2 = 1.0 / n2;
-    const Tev64f x1 = vx * inverse1, z1 = y1 * inverse1, x2 = vx * inverse2, z2 = y2 * inverse2;
-    const Tev64f margin2 = margin * inverse2 * 2.5;
-    const Rounded v1 = roundWithin(x1, std::fabs(x1) * 0x1p-49), w1 = roundWithin(z1, std::fabs(z1) * 0x1p-49);
-    const Rounded v2 = roundWithin(x2, std::fabs(x2) * (margin2 + 0x1p-49));
-    const Rounded w2 = roundWithin(z2, margin2 + std::fabs(z2) * 0x1p-49);
-
-    const std::uint32_t values = l1.doubt | l2.doubt, vectors = v1.doubt | w1.doubt | v2.doubt | w2.doubt;
-    const std::uint32_t ofThis = none ? 0U : !some ? 1U : axes ? values : turned ? values | vectors : 1U;
-    doubt |= ofThis;
-    out[0][i] = none ? 0.0F : l1.value;
-    out[1][i] = none ? 0.0F : l2.value;
-    out[2][i] = none ? 0.0F : axes ? 1.0F : v1.value;
-    out[3][i] = none ? 0.0F : axes ? 0.0F : w1.value;
-    out[4][i] = none ? 0.0F : axes ? 0.0F : v2.value;
-    out[5][i] = none ? 0.0F : axes ? 1.0F : w2.value;
+  // Products of two floats are exact.
+  void load(const Tev32f* aPlane, const Tev32f* bPlane, const Tev32f* cPlane, Tev32f scale, int length) {
+    for (int i = 0; i < length; ++i) {
+      a[i] = Tev64f{aPlane[i]} * scale;
+      b[i] = Tev64f{bPlane[i]} * scale;
+      c[i] = Tev64f{cPlane[i]} * scale;
+    }
   }
-  return doubt != 0;
-}
+
+  void choose(int length) {
+    for (int i = 0; i < length; ++i) {
+      const Tev64f most = a[i] > c[i] ? a[i] : c[i], least = a[i] > c[i] ? c[i] : a[i], magnitude = std::fabs(b[i]);
+      const Tev64f t = weak * most, margin = std::fabs(t) * 0x1p-52, low = t - margin, high = t + margin;
+      const Tev64f ac = a[i] * c[i], bb = b[i] * b[i], d = ac - bb, dMargin = (std::fabs(ac) + bb) * 0x1p-51;
+      const auto dLow = Tev64f{static_cast<Tev32f>(d - dMargin)}, dHigh = Tev64f{static_cast<Tev32f>(d + dMargin)};
+      // Each way from the most certain on; a comparison with NaN leaves the way unknown.
+      Tev64f chosen = magnitude < low ? Tev64f{onAxes} : Tev64f{unknown};
+      chosen = magnitude >= high ? Tev64f{turned} : chosen;
+      chosen = least >= high ? chosen : Tev64f{unknown};
+      chosen = dLow >= high ? chosen : Tev64f{unknown};
+      chosen = least < low ? Tev64f{noCorner} : chosen;
+      chosen = dHigh < low ? Tev64f{noCorner} : chosen;
+      way[i] = static_cast<std::uint32_t>(static_cast<int>(chosen));
+    }
+  }
+
+  void solve(int sign, int length) {
+    for (int i = 0; i < length; ++i) {
+      const Tev64f difference = a[i] - c[i], r = std::sqrt(4.0 * (b[i] * b[i]) + difference * difference);
+      // Sum and root are off by less than 2^-50 of themselves, their halves by half of that.
+      const Tev64f margin = (std::fabs(a[i]) + std::fabs(c[i]) + r) * 0x1p-51;
+      const Tev64f smaller = (a[i] + c[i] - r) * 0.5;
+      const Rounded l1 = roundWithin((a[i] + c[i] + r) * 0.5, margin), l2 = roundWithin(smaller, margin);
+
+      const Tev64f vx = b[i] * sign, y1 = l1.value - a[i], y2 = smaller - a[i];
+      const Tev64f root1 = std::sqrt(y1 * y1 + vx * vx), root2 = std::sqrt(y2 * y2 + vx * vx);
+      const Tev64f inverse1 = 1.0 / (root1 > smallestNorm ? root1 : Tev64f{smallestNorm});
+      const Tev64f inverse2 = 1.0 / (root2 > smallestNorm ? root2 : Tev64f{smallestNorm});
+      const Tev64f x1 = vx * inverse1, z1 = y1 * inverse1, x2 = vx * inverse2, z2 = y2 * inverse2;
+      const Tev64f margin2 = margin * inverse2 * 2.5;
+      const Rounded v1 = roundWithin(x1, std::fabs(x1) * 0x1p-49), w1 = roundWithin(z1, std::fabs(z1) * 0x1p-49);
+      const Rounded v2 = roundWithin(x2, std::fabs(x2) * (margin2 + 0x1p-49));
+      const Rounded w2 = roundWithin(z2, margin2 + std::fabs(z2) * 0x1p-49);
+      valueDoubt[i] = l1.doubt | l2.doubt;
+      vectorDoubt[i] = v1.doubt | w1.doubt | v2.doubt | w2.doubt;
+      result[0][i] = l1.value;
+      result[1][i] = l2.value;
+      result[2][i] = v1.value;
+      result[3][i] = w1.value;
+      result[4][i] = v2.value;
+      result[5][i] = w2.value;
+    }
+  }
+
+  // Puts in what the other ways store, and tells whether any pixel is in doubt.
+  bool finish(int length) {
+    for (int i = 0; i < length; ++i) {
+      const std::uint32_t w = way[i];
+      const std::uint32_t values = w == noCorner ? 0U : ~0U, vectors = w == turned ? ~0U : 0U;
+      valueDoubt[i] = (valueDoubt[i] & values) | (vectorDoubt[i] & vectors) | (w == unknown ? 1U : 0U);
+      const Tev32f along = w == onAxes ? 1.0F : 0.0F;
+      result[0][i] = w == noCorner ? 0.0F : result[0][i];
+      result[1][i] = w == noCorner ? 0.0F : result[1][i];
+      result[2][i] = w == turned ? result[2][i] : along;
+      result[3][i] = w == turned ? result[3][i] : 0.0F;
+      result[4][i] = w == turned ? result[4][i] : 0.0F;
+      result[5][i] = w == turned ? result[5][i] : along;
+    }
+    std::uint32_t doubt = 0;
+    for (int i = 0; i < length; ++i) doubt |= valueDoubt[i];
+    return doubt != 0;
+  }
+
+  // Six results a pixel, side by side. They are paired first: whole pairs interleave in vectors.
+  void store(Tev32f* out, int length) const {
+    Tev32f pairs[3][2 * blockPixels];
+    for (int k = 0; k < 3; ++k)
+      for (int i = 0; i < length; ++i) {
+        pairs[k][2 * i] = result[2 * k][i];
+        pairs[k][2 * i + 1] = result[2 * k + 1][i];
+      }
+    for (int i = 0; i < length; ++i)
+      for (int k = 0; k < 3; ++k) std::memcpy(out + 6 * i + 2 * k, pairs[k] + 2 * i, 2 * sizeof(Tev32f));
+  }
+};
 
 void eigenRow(const Tev32f* a, const Tev32f* b, const Tev32f* c, Tev32f* dst, int width, Tev32f scale, int sign) {
-  Tev32f lines[resultsPerPixel][blockPixels];
+  EigenBlock block;
   for (int first = 0; first < width; first += blockPixels) {
     const int length = std::min(blockPixels, width - first);
     Tev32f* const out = dst + std::ptrdiff_t{first} * resultsPerPixel;
-    if (fastBlock(a + first, b + first, c + first, scale, sign, length, lines)) {
+    block.load(a + first, b + first, c + first, scale, length);
+    block.choose(length);
+    block.solve(sign, length);
+    if (block.finish(length)) {
       for (int i = 0; i < length; ++i)
         definedPixel(a[first + i], b[first + i], c[first + i], scale, sign, out + i * resultsPerPixel);
     } else {
-      for (int i = 0; i < length; ++i)
-        for (int k = 0; k < resultsPerPixel; ++k) out[i * resultsPerPixel + k] = lines[k][i];
+      block.store(out, length);
     }
   }
 }
