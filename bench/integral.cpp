@@ -1,5 +1,6 @@
 #include "tevcv/integral.h"
 
+#include <algorithm>
 #include <array>
 
 #include "bench.h"
@@ -114,48 +115,58 @@ TevHaarClassifierState* stage(int length) {
   return result;
 }
 
-// A cascade in the shape of those that find faces: stages grow, and each leaves half of the positions, scattered over
-// the picture.
+// A cascade in the shape of those that find faces: stages grow, and each leaves half of the positions.
 constexpr std::array lengths = {3, 9, 14, 19, 25, 30, 40, 50};
 
-std::vector<Tev8u> scattered(int oneIn) {
-  std::vector<Tev8u> mask(static_cast<size_t>(hd.width) * hd.height);
-  for (size_t i = 0; i < mask.size(); ++i) mask[i] = (i * 2654435761U >> 16) % oneIn == 0;
-  return mask;
-}
-
 // The rectangles that a scan reads, as the region of its figure a pixel: ns/pixel are ns a rectangle and position.
-constexpr TevSize readings(const auto& stages, bool halving) {
+constexpr TevSize readings(const auto& stages) {
   double sum = 0;
-  for (size_t i = 0; i < stages.size(); ++i)
-    sum += 2.0 * stages[i] * positions.width * positions.height / (halving ? 1 << i : 1);
+  for (size_t i = 0; i < stages.size(); ++i) sum += 2.0 * stages[i] * positions.width * positions.height / (1 << i);
   return {static_cast<int>(sum / 1000), 1000};
 }
 
+// The stages of a cascade and their thresholds, each at the median of the votes where the stages before it left the
+// mask.
+template <class T>
+struct Cascade {
+  std::vector<TevHaarClassifierState*> stages;
+  std::vector<Tev32f> thresholds;
+
+  Cascade(Scene<T>& scene, const auto& lengthsOfStages) {
+    int left = positions.width * positions.height;
+    for (const int length : lengthsOfStages) {
+      stages.push_back(stage(length));
+      const auto before = scene.mask;
+      Tev32f low = 0, high = static_cast<Tev32f>(length);
+      for (int i = 0; i < 16; ++i) {
+        scene.mask = before;
+        const Tev32f middle = (low + high) / 2;
+        (scene.apply(middle, stages.back()) > left / 2 ? low : high) = middle;
+      }
+      scene.mask = before;
+      left = scene.apply(high, stages.back());
+      thresholds.push_back(high);
+    }
+  }
+};
+
 template <class T, class Lengths>
-bool addScan(const char* name, const Lengths& stages, bool halving, int threads) {
-  return bench::add({.name = name, .roi = readings(stages, halving), .threads = threads, .prepare = [=] {
+bool addScan(const char* name, const Lengths& stages, int threads) {
+  return bench::add({.name = name, .roi = readings(stages), .threads = threads, .prepare = [=] {
                        auto scene = std::make_shared<Scene<T>>();
-                       std::vector<TevHaarClassifierState*> states;
-                       std::vector<std::vector<Tev8u>> masks;
-                       for (size_t i = 0; i < stages.size(); ++i) {
-                         states.push_back(stage(stages[i]));
-                         masks.push_back(scattered(halving ? 1 << i : 1));
-                       }
-                       return [=]() mutable {
-                         for (size_t i = 0; i < states.size(); ++i) {
-                           scene->mask.swap(masks[i]);
-                           scene->apply(-1, states[i]);
-                           scene->mask.swap(masks[i]);
-                         }
+                       const Cascade<T> cascade(*scene, stages);
+                       return [=] {
+                         std::fill(scene->mask.begin(), scene->mask.end(), Tev8u{1});
+                         for (size_t i = 0; i < cascade.stages.size(); ++i)
+                           scene->apply(cascade.thresholds[i], cascade.stages[i]);
                        };
                      }});
 }
 constexpr std::array one = {20};
-const bool stage32s32f = addScan<Tev32s>("Haar stage 32s32f everywhere, ns a rectangle", one, false, 1);
-const bool stage32f = addScan<Tev32f>("Haar stage 32f everywhere, ns a rectangle", one, false, 1);
-const bool scan32s32f = addScan<Tev32s>("Cascade scan 32s32f, ns a rectangle", lengths, true, 1);
-const bool scan32f = addScan<Tev32f>("Cascade scan 32f, ns a rectangle", lengths, true, 1);
-const bool scan32fTwice = addScan<Tev32f>("Cascade scan 32f, two threads", lengths, true, 2);
+const bool stage32s32f = addScan<Tev32s>("Haar stage 32s32f everywhere, ns a rectangle", one, 1);
+const bool stage32f = addScan<Tev32f>("Haar stage 32f everywhere, ns a rectangle", one, 1);
+const bool scan32s32f = addScan<Tev32s>("Cascade scan 32s32f, ns a rectangle", lengths, 1);
+const bool scan32f = addScan<Tev32f>("Cascade scan 32f, ns a rectangle", lengths, 1);
+const bool scan32fTwice = addScan<Tev32f>("Cascade scan 32f, two threads", lengths, 2);
 
 }  // namespace

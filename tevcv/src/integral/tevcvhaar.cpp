@@ -399,16 +399,20 @@ constexpr int lanes = 16;
 // Neighbours in one row.
 template <class Element>
 struct Neighbours {
-  struct Places {
-    std::ptrdiff_t first;
-    std::ptrdiff_t operator[](int i) const { return first + i; }
+  // One cell of a table at all lanes: they lie side by side.
+  template <class T>
+  struct Cells {
+    const T* first;
+    Cells(const T* p, std::ptrdiff_t at) : first(p + at) {}
+    T operator[](int i) const { return first[i]; }
   };
   std::ptrdiff_t at, tiltedAt;  // the first one's place in the tables
   const Element* norms;
   Tev8u* masks;
 
   static constexpr int count() { return lanes; }
-  Places places(bool tilted) const { return {tilted ? tiltedAt : at}; }
+  std::ptrdiff_t places(bool tilted) const { return tilted ? tiltedAt : at; }
+  std::ptrdiff_t place(bool tilted, int i) const { return places(tilted) + i; }
   Element norm(int i) const { return norms[i]; }
   Tev8u& mask(int i) const { return masks[i]; }
 };
@@ -432,7 +436,17 @@ class Scattered {
     std::fill(norms_ + count_, norms_ + lanes, norms_[count_ - 1]);
   }
 
+  // One cell of a table at all lanes, gathered.
+  template <class T>
+  struct Cells {
+    T values[lanes];
+    Cells(const T* p, const std::ptrdiff_t* at) {
+      for (int i = 0; i < lanes; ++i) values[i] = p[at[i]];
+    }
+    T operator[](int i) const { return values[i]; }
+  };
   const std::ptrdiff_t* places(bool tilted) const { return tilted ? tiltedAt_ : at_; }
+  std::ptrdiff_t place(bool tilted, int i) const { return places(tilted)[i]; }
   Element norm(int i) const { return norms_[i]; }
   Tev8u& mask(int i) const { return *masks_[i]; }
 
@@ -444,17 +458,16 @@ class Scattered {
 };
 
 // The four corners of a feature at all lanes.
-template <class T>
+template <class Positions, class T>
 struct CornerLanes {
-  T a[lanes], b[lanes], c[lanes], d[lanes];
+  using Cells = typename Positions::template Cells<T>;
+  Cells a, b, c, d;
 
-  template <class Places>
-  CornerLanes(const T* p, const Places& at, const Offsets& o) {
-    for (int i = 0; i < lanes; ++i) a[i] = p[at[i] + o.a];
-    for (int i = 0; i < lanes; ++i) b[i] = p[at[i] + o.b];
-    for (int i = 0; i < lanes; ++i) c[i] = p[at[i] + o.c];
-    for (int i = 0; i < lanes; ++i) d[i] = p[at[i] + o.d];
-  }
+  CornerLanes(const T* p, const Offsets& o, const Positions& positions, bool tilted)
+      : a(p + o.a, positions.places(tilted)),
+        b(p + o.b, positions.places(tilted)),
+        c(p + o.c, positions.places(tilted)),
+        d(p + o.d, positions.places(tilted)) {}
 };
 
 // Clears the masks of the positions that the stage rejects, and tells how many stay.
@@ -474,11 +487,11 @@ int applyToLanes(const Stage<Form>& stage, const Tables& tables, const Positions
   typename Form::Vote votes[lanes] = {};
   for (const Classifier *c = stage.state.classifiers, *end = c + stage.state.classifierCount; c != end; ++c) {
     const auto* const p = tables.of(*c);
-    const auto at = positions.places(tables.readsTilted(*c));
+    const bool tilted = tables.readsTilted(*c);
     typename Form::Sum sums[lanes] = {};
     for (const Feature *f = c->features, *last = f + c->count; f != last; ++f) {
       const Tev32s weight = f->weight.s;
-      const CornerLanes t(p, at, tables.offsets(*c, *f));
+      const CornerLanes t(p, tables.offsets(*c, *f), positions, tilted);
       for (int i = 0; i < lanes; ++i) sums[i] += stage.form.product(weight, difference(t.a[i], t.b[i], t.c[i], t.d[i]));
     }
     const Tev32s threshold = c->threshold.s, above = c->aboveValue.s, below = c->belowValue.s;
@@ -489,27 +502,34 @@ int applyToLanes(const Stage<Form>& stage, const Tables& tables, const Positions
   return thin(positions, [&](int i) { return !stage.form.isBelow(votes[i], stage.threshold); });
 }
 
-// Adds a feature's weighted sums in double precision, and the size of the terms that were rounded. The differences of
-// an integer table are exact.
-void addInDouble(Tev64f (&sums)[lanes], Tev32f (&terms)[lanes], Tev32f weight, const CornerLanes<Tev32f>& t) {
-  const Tev64f factor = weight;
-  const Tev32f size = std::fabs(weight);
-  for (int i = 0; i < lanes; ++i) sums[i] += factor * (static_cast<Tev64f>(t.a[i]) - t.b[i] - t.c[i] + t.d[i]);
-  for (int i = 0; i < lanes; ++i)
-    terms[i] += size * (std::fabs(t.a[i]) + std::fabs(t.b[i]) + std::fabs(t.c[i]) + std::fabs(t.d[i]));
+// A rectangle's sum at a lane in double precision, and the size of the terms that were rounded. The differences of an
+// integer table are exact.
+template <class Positions>
+Tev64f sumAt(const CornerLanes<Positions, Tev32f>& t, int i) {
+  return static_cast<Tev64f>(t.a[i]) - t.b[i] - t.c[i] + t.d[i];
 }
-void addInDouble(Tev64f (&sums)[lanes], Tev32f (&terms)[lanes], Tev32f weight, const CornerLanes<Tev32s>& t) {
-  const Tev64f factor = weight;
-  const Tev32f size = std::fabs(weight);
-  Tev32s differences[lanes];
-  for (int i = 0; i < lanes; ++i) differences[i] = difference(t.a[i], t.b[i], t.c[i], t.d[i]);
-  for (int i = 0; i < lanes; ++i) sums[i] += factor * differences[i];
-  for (int i = 0; i < lanes; ++i) terms[i] += size * std::fabs(static_cast<Tev32f>(differences[i]));
+template <class Positions>
+Tev64f sumAt(const CornerLanes<Positions, Tev32s>& t, int i) {
+  return difference(t.a[i], t.b[i], t.c[i], t.d[i]);
+}
+template <class Positions>
+Tev32f termsAt(const CornerLanes<Positions, Tev32f>& t, int i) {
+  return std::fabs(t.a[i]) + std::fabs(t.b[i]) + std::fabs(t.c[i]) + std::fabs(t.d[i]);
+}
+template <class Positions>
+Tev32f termsAt(const CornerLanes<Positions, Tev32s>& t, int i) {
+  return std::fabs(static_cast<Tev32f>(difference(t.a[i], t.b[i], t.c[i], t.d[i])));
 }
 
-// A bound of twice the roundings of 2^-53 that each term of a weighted sum goes through; none for an integer table with
-// a few small whole weights. Each comparison is made at both ends of the bound, and a lane where they differ is
-// doubtful.
+// A few small whole weights over an integer table: the weighted sum is a whole number that a double holds.
+template <class T>
+bool sumIsExact(const Classifier& c) {
+  return std::is_integral_v<T> && c.count < 32 &&
+         std::all_of(c.features, c.features + c.count, [](const Feature& f) { return isSmallInteger(f.weight.f); });
+}
+
+// Unless a sum is exact, its bound is twice the roundings of 2^-53 that each of its terms goes through. Each comparison
+// is made at both ends of the bound, and a lane where they differ is doubtful.
 template <class Tables, class Positions>
 int applyToLanes(const Stage<Floats>& stage, const Tables& tables, const Positions& positions) {
   constexpr Tev64f infinity = std::numeric_limits<Tev64f>::infinity();
@@ -517,14 +537,17 @@ int applyToLanes(const Stage<Floats>& stage, const Tables& tables, const Positio
   Tev32s doubtful[lanes] = {};
   for (const Classifier *c = stage.state.classifiers, *end = c + stage.state.classifierCount; c != end; ++c) {
     const auto* const p = tables.of(*c);
-    const auto at = positions.places(tables.readsTilted(*c));
-    bool exact = std::is_integral_v<std::remove_cvref_t<decltype(*p)>> && c->count < 32;
+    const bool tilted = tables.readsTilted(*c), exact = sumIsExact<std::remove_cvref_t<decltype(*p)>>(*c);
     Tev64f sums[lanes] = {};
     Tev32f terms[lanes];
     for (Tev32f& t : terms) t = std::numeric_limits<Tev32f>::min();  // what the smallest products may vanish to
     for (const Feature *f = c->features, *last = f + c->count; f != last; ++f) {
-      exact = exact && isSmallInteger(f->weight.f);
-      addInDouble(sums, terms, f->weight.f, CornerLanes(p, at, tables.offsets(*c, *f)));
+      const CornerLanes corners(p, tables.offsets(*c, *f), positions, tilted);
+      const Tev64f weight = f->weight.f;
+      for (int i = 0; i < lanes; ++i) sums[i] += weight * sumAt(corners, i);
+      if (exact) continue;
+      const Tev32f size = std::fabs(f->weight.f);
+      for (int i = 0; i < lanes; ++i) terms[i] += size * termsAt(corners, i);
     }
     const Tev64f slack = exact ? 0 : (c->count + 8) * 0x1p-52;
     const Tev64f threshold = c->threshold.f, above = c->aboveValue.f, below = c->belowValue.f;
@@ -539,7 +562,7 @@ int applyToLanes(const Stage<Floats>& stage, const Tables& tables, const Positio
   return thin(positions, [&](int i) {
     const bool atLeast = !(votes[i] - slack < stage.threshold), atMost = !(votes[i] + slack < stage.threshold);
     if (!doubtful[i] && atLeast == atMost) return atLeast;
-    return stays(stage, tables, positions.norm(i), positions.places(false)[i], positions.places(true)[i]);
+    return stays(stage, tables, positions.norm(i), positions.place(false, i), positions.place(true, i));
   });
 }
 
@@ -557,28 +580,27 @@ int applyToRegion(const Stage<Form>& stage, const Tables& tables, int step, int 
   using Element = typename Form::Element;
   Scattered<Element> scattered;
   int positive = 0;
-  for (int y = 0; y < roi.height; ++y) {
+  const auto applyTo = [&](int x, int y, int width) {
     const Element* const norm = norms[y];
     Tev8u* const mask = masks[y];
     const std::ptrdiff_t at = std::ptrdiff_t{y} * step, tiltedAt = std::ptrdiff_t{y} * tiltedStep;
-    for (int x = 0; x < roi.width; x += lanes) {
-      const int end = std::min(x + lanes, roi.width);
-      int selected = 0;
-      for (int i = x; i < end; ++i) selected += mask[i] != 0;
-      if (selected == 0) continue;
-      if (selected == lanes) {
-        positive += applyToLanes(stage, tables, Neighbours<Element>{at + x, tiltedAt + x, norm + x, mask + x});
-        continue;
-      }
-      for (int i = x; i < end; ++i) {
-        if (!mask[i]) continue;
-        scattered.add(at + i, tiltedAt + i, norm[i], mask + i);
-        if (!scattered.isFull()) continue;
-        positive += applyToLanes(stage, tables, scattered);
-        scattered.clear();
-      }
+    int selected = 0;
+    for (int i = x; i < x + width; ++i) selected += mask[i] != 0;
+    if (selected == 0) return;
+    if (selected == lanes) {
+      positive += applyToLanes(stage, tables, Neighbours<Element>{at + x, tiltedAt + x, norm + x, mask + x});
+      return;
     }
-  }
+    for (int i = x; i < x + width; ++i) {
+      if (!mask[i]) continue;
+      scattered.add(at + i, tiltedAt + i, norm[i], mask + i);
+      if (!scattered.isFull()) continue;
+      positive += applyToLanes(stage, tables, scattered);
+      scattered.clear();
+    }
+  };
+  for (int y = 0; y < roi.height; ++y)
+    for (int x = 0; x < roi.width; x += lanes) applyTo(x, y, std::min(lanes, roi.width - x));
   if (scattered.count() != 0) {
     scattered.fillUp();
     positive += applyToLanes(stage, tables, scattered);
