@@ -408,6 +408,65 @@ TYPED_TEST(ColumnStage, GivesTheSameRowsAtEveryThreadCount) {
   }
 }
 
+// Forty threads fork from 40 x 32768 pixels on: one row a share and a remainder, and fewer rows than shares.
+constexpr TevSize aboveTheGateOfForty[] = {{31969, 41}, {327681, 4}};
+
+TYPED_TEST(RowStage, GivesTheSameRowsWithFortyThreadsAboveTheirGate) {
+  using M = TypeParam;
+  using T = typename M::T;
+  Random random;
+  for (int length : {4, 5})
+    for (TevSize roi : aboveTheGateOfForty) {
+      const auto kernel = randomKernel<typename M::K>(random, length);
+      const T value[3] = {1, 2, 3};
+      Image<T> src(roi.width * M::channels, roi.height);
+      for (int y = 0; y < roi.height; ++y)
+        for (int i = 0; i < src.width(); ++i) src.set(i, y, static_cast<T>((i * 7 + y * 13) % 101 - 20));
+      const kit::Threads one(1);
+      const auto expected = filteredRows<M>(src, kernel, 1, tevBorderWrap, value, 9);
+      const kit::Threads forty(40);
+      ASSERT_SAME_IMAGE(filteredRows<M>(src, kernel, 1, tevBorderWrap, value, 9, 5), expected);
+    }
+}
+
+TYPED_TEST(ColumnStage, GivesTheSameRowsWithFortyThreadsAboveTheirGate) {
+  using M = TypeParam;
+  using T = typename M::T;
+  Random random;
+  for (int length : {4, 5})
+    for (TevSize roi : aboveTheGateOfForty) {
+      const auto kernel = randomKernel<typename M::K>(random, length);
+      Image<T> src(roi.width * M::channels, roi.height + length - 1);
+      for (int y = 0; y < src.height(); ++y)
+        for (int i = 0; i < src.width(); ++i) src.set(i, y, static_cast<T>((i * 7 + y * 13) % 101 - 20));
+      const kit::Threads one(1);
+      const auto expected = filteredColumns<M>(src, kernel, 9);
+      const kit::Threads forty(40);
+      ASSERT_SAME_IMAGE(filteredColumns<M>(src, kernel, 9, 5), expected);
+    }
+}
+
+TYPED_TEST(RowStage, ANullPointerStopsItsShareAloneWhenThreadsFork) {
+  using M = TypeParam;
+  using T = typename M::T;
+  const kit::Threads eight(8);
+  constexpr int width = 4096 + 8, height = 64, missing = 21;
+  Image<T> src(width * M::channels, height);
+  src.fill(3);
+  Image<typename M::D> d(width * M::channels, height);
+  d.fill(9);
+  auto pointers = rowPointers(d);
+  pointers[missing] = nullptr;
+  const std::vector<typename M::K> kernel = {1, 0, 0, 1};
+  const Buffer buffer = bufferFor<M>({width, height}, 4, 1);
+  EXPECT_EQ(M::call(src.data(), src.step(), pointers.data(), {width, height}, kernel.data(), 4, 1, tevBorderRepl,
+                    src.data(), 1, buffer.data()),
+            tevStatusNullPtr);
+  // Shares of eight rows: 16 to 23 is the one that stops.
+  for (int y = 0; y < height; ++y)
+    for (int i = 0; i < d.width(); i += 100) ASSERT_EQ(d.get(i, y), y < missing || y > 23 ? 6 : 9) << y;
+}
+
 TYPED_TEST(RowStage, WorksInShareOfOneRowOrNoneWhenThreadsOutnumberRows) {
   using M = TypeParam;
   using T = typename M::T;

@@ -1,5 +1,8 @@
 // The exported stages of the row and column pipelines: checks, the choice between one thread and many, and the choice
 // of the function for the kernel's length. The functions themselves stand in tevcvconvolution*.
+#include <algorithm>
+#include <cstring>
+
 #include "frame/arithmetic.h"
 #include "frame/checks.h"
 #include "frame/parallel.h"
@@ -43,25 +46,30 @@ Tev8u* alignedUp(Tev8u* p, std::uintptr_t multiple) {
 bool largeEnough(TevSize roi) { return wrapMul(roi.height, roi.width) >= wrapMul(owncvGetMaxNumThreads(), 32768); }
 
 // Calls work(share, pointers, scratch) for every share of the rows, with its own slice of the caller's row pointers:
-// one for each of its rows and `below` more. A failure of any share is the call's.
+// one for each of its rows and `below` more. The first failure in share order is the call's: each share leaves its
+// status where its pointers stood.
 template <class T, class Work>
 TevStatus inShares(T* const* pp, int below, int height, int kernelSize, Scratch scratch, Tev8u* buffer, Work work) {
   const int threads = owncvGetNumThreads();
   const auto pointersOfOne = static_cast<std::ptrdiff_t>(pointerBytes(height, kernelSize));
   const auto scratchOfOne = static_cast<std::ptrdiff_t>(scratch.bytes(kernelSize));
   Tev8u* const scratchArea = buffer + threads * pointersOfOne;
-  TevStatus status = tevStatusOk;
   forEachShare(height, threads, [&](Share share) {
-    if (share.rows == 0) return;
-    const auto own = reinterpret_cast<T**>(alignedUp(buffer + share.index * pointersOfOne, 16));
-    std::copy_n(pp + share.firstRow, share.rows + below, own);
-    const TevStatus s = work(share, own, alignedUp(scratchArea + share.index * scratchOfOne, 32));
-    if (s != tevStatusOk) {
-#pragma omp atomic write
-      status = s;
+    Tev8u* const ofShare = buffer + share.index * pointersOfOne;
+    TevStatus status = tevStatusOk;
+    if (share.rows > 0) {
+      const auto own = reinterpret_cast<T**>(alignedUp(ofShare, 16));
+      std::copy_n(pp + share.firstRow, share.rows + below, own);
+      status = work(share, own, alignedUp(scratchArea + share.index * scratchOfOne, 32));
     }
+    std::memcpy(ofShare, &status, sizeof status);
   });
-  return status;
+  for (int t = 0; t < threads; ++t) {
+    TevStatus status;
+    std::memcpy(&status, buffer + t * pointersOfOne, sizeof status);
+    if (status != tevStatusOk) return status;
+  }
+  return tevStatusOk;
 }
 
 // borderValue of one channel travels by value, that of three by pointer.
@@ -82,11 +90,6 @@ struct NoDivisor {};
 constexpr TevStatus nonZero(NoDivisor) { return tevStatusOk; }
 constexpr TevStatus nonZero(int divisor) { return failUnless(divisor != 0, tevStatusBadArg); }
 
-template <class T>
-constexpr TevStatus wholeSourceElements(int step) {
-  return sizeof(T) > 1 ? wholeElements<T>(step) : TevStatus{tevStatusOk};
-}
-
 // The functions of one member for the kernel lengths.
 template <class Three, class Five, class Any>
 struct ByLength {
@@ -103,7 +106,7 @@ TevStatus rowStage(const T* src, int srcStep, D** ppDst, TevSize roi, const K* k
                    bool worthThreads, Functions functions) {
   if (TevStatus s = firstFailure(notNull(src, ppDst, kernel, buffer), region(roi), length(kernelSize),
                                  failUnless(anchor >= 0 && anchor < kernelSize, tevStatusBadAnchor),
-                                 rowFits<T>(srcStep, roi.width, channels), wholeSourceElements<T>(srcStep),
+                                 rowFits<T>(srcStep, roi.width, channels), wholeElements<T>(srcStep),
                                  borderOf(borderType, borderValue), nonZero(divisor)))
     return s;
   const int step = srcStep / int{sizeof(T)};
@@ -137,8 +140,8 @@ template <int channels, class T, class D, class K, class Divisor, class Function
 TevStatus columnStage(const T** ppSrc, D* dst, int dstStep, TevSize roi, const K* kernel, int kernelSize,
                       Divisor divisor, Tev8u* buffer, Scratch scratch, bool worthThreads, Functions functions) {
   if (TevStatus s = firstFailure(notNull(ppSrc, dst, kernel), region(roi), length(kernelSize),
-                                 rowFits<D>(dstStep, roi.width, channels), wholeSourceElements<D>(dstStep),
-                                 notNull(buffer), nonZero(divisor)))
+                                 rowFits<D>(dstStep, roi.width, channels), wholeElements<D>(dstStep), notNull(buffer),
+                                 nonZero(divisor)))
     return s;
   if (TevStatus s = allRowsThere(ppSrc, std::int64_t{roi.height} + kernelSize - 1)) return s;
   // A column does not mix channels: three of them are a row of three times the width.
