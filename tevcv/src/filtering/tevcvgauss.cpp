@@ -7,14 +7,15 @@
 #include <cmath>
 #include <cstddef>
 
+#include "filtering/float_run.h"
 #include "frame/arithmetic.h"
 #include "frame/checks.h"
-#include "frame/guarded.h"
 #include "frame/rows.h"
 #include "tevcv/filtering.h"
 #include "tevcv_internal/filtering.h"
 
 using namespace tevcv;
+using namespace tevcv::pipeline;
 
 namespace {
 
@@ -33,28 +34,10 @@ void gaussianTaps(Tev32f* taps, int kernelSize, Tev32f sigma) {
   for (int i = 0; i < kernelSize; ++i) taps[i] = static_cast<Tev32f>(Extended{taps[i]} / sum);
 }
 
-// dst[x] = sum of taps[j] * line[x + j * pitch], accumulated from 0 in extended precision and rounded once.
-void correlate(const Tev32f* line, std::ptrdiff_t pitch, Tev32f* dst, int count, const Tev32f* taps, int kernelSize) {
-  const Tev64f error = (kernelSize + 2) * 0x1p-53;
-  const auto fill = [=](GuardedBlock& block, int first, int length) {
-    std::fill_n(block.value, length, 0.0);
-    std::fill_n(block.margin, length, 0.0);
-    for (int j = 0; j < kernelSize; ++j) {
-      const Tev32f* const from = line + first + j * pitch;
-      const Tev64f tap = taps[j];
-      for (int i = 0; i < length; ++i) {
-        const Tev64f term = tap * from[i];
-        block.value[i] += term;
-        block.margin[i] += std::fabs(term);
-      }
-    }
-    for (int i = 0; i < length; ++i) block.margin[i] *= error;
-  };
-  roundGuarded(dst, count, fill, [=](int x) {
-    Extended sum = 0;
-    for (int j = 0; j < kernelSize; ++j) sum += Extended{taps[j]} * line[x + j * pitch];
-    return sum;
-  });
+// dst[x] = sum of taps[j] * line[x + j * pitch], accumulated from 0 in extended precision and rounded once. The
+// destination lies apart from the lines.
+void correlate(const Tev32f* line, int pitch, Tev32f* dst, int count, const Tev32f* taps, int kernelSize) {
+  FloatRun<0>{taps, kernelSize}(AlongRow<Tev32f>{line, pitch}, dst, count);
 }
 
 }  // namespace
@@ -67,9 +50,7 @@ void ownRowConvolution(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
     std::fill_n(scratch, half, from[0]);
     std::copy_n(from, width, scratch + half);
     std::fill_n(scratch + half + width, half, from[width - 1]);
-    // The result goes to the scratch first: rows of a short step overlap.
-    correlate(scratch, 1, scratch, width, taps, kernelSize);
-    std::copy_n(scratch, width, wholeElementRows(dst, dstStep)[y]);
+    correlate(scratch, 1, wholeElementRows(dst, dstStep)[y], width, taps, kernelSize);
   }
 }
 
@@ -82,9 +63,14 @@ void ownColConvolution(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
     std::fill_n(scratch, half, from[0][x]);
     for (int y = 0; y < height; ++y) scratch[half + y] = from[y][x];
     std::fill_n(scratch + half + height, half, from[height - 1][x]);
-    // As many outputs as the image is wide: rows below that keep what the scratch holds, shifted down by half a kernel.
-    correlate(scratch, 1, scratch, std::min(width, height), taps, kernelSize);
-    for (int y = 0; y < height; ++y) to[y][x] = scratch[y];
+    // As many outputs as the image is wide: rows below that get what the scratch holds, shifted down by half a kernel.
+    Tev32f outputs[blockLength];
+    for (int first = 0; first < height; first += blockLength) {
+      const int filtered = std::clamp(width - first, 0, std::min(blockLength, height - first));
+      correlate(scratch + first, 1, outputs, filtered, taps, kernelSize);
+      for (int i = 0; i < std::min(blockLength, height - first); ++i)
+        to[first + i][x] = i < filtered ? outputs[i] : scratch[first + i];
+    }
   }
 }
 
@@ -94,14 +80,14 @@ namespace {
 // whole image with its first and last row repeated.
 void convolveColumnsTogether(Rows<Tev32f> image, TevSize roi, const Tev32f* taps, int kernelSize, Tev32f* scratch) {
   const int half = kernelSize / 2;
-  const std::ptrdiff_t pitch = roi.width;
+  const int pitch = roi.width;
   for (int i = 0; i < roi.height + 2 * half; ++i)
-    std::copy_n(image[std::clamp(i - half, 0, roi.height - 1)], roi.width, scratch + i * pitch);
+    std::copy_n(image[std::clamp(i - half, 0, roi.height - 1)], roi.width, scratch + std::ptrdiff_t{i} * pitch);
   for (int y = 0; y < roi.height; ++y)
     if (y < roi.width)
-      correlate(scratch + y * pitch, pitch, image[y], roi.width, taps, kernelSize);
+      correlate(scratch + std::ptrdiff_t{y} * pitch, pitch, image[y], roi.width, taps, kernelSize);
     else
-      std::copy_n(scratch + y * pitch, roi.width, image[y]);
+      std::copy_n(scratch + std::ptrdiff_t{y} * pitch, roi.width, image[y]);
 }
 
 }  // namespace

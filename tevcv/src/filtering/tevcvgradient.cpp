@@ -61,9 +61,16 @@ F euclidean(F a, F b, F c) {
 template <class FastNorm, class Norm>
 void roundNormRow(const Tev32f* src, Tev32f* dst, int width, FastNorm fastNorm, Norm norm) {
   const auto fill = [=](GuardedBlock& block, int first, int length) {
+    // The channels are drawn apart first, which leaves a plain loop over doubles.
+    Tev32f a[guardedBlock], b[guardedBlock], c[guardedBlock];
     const Tev32f* const p = src + 3 * first;
     for (int i = 0; i < length; ++i) {
-      block.value[i] = fastNorm(p[3 * i], p[3 * i + 1], p[3 * i + 2]);
+      a[i] = p[3 * i];
+      b[i] = p[3 * i + 1];
+      c[i] = p[3 * i + 2];
+    }
+    for (int i = 0; i < length; ++i) {
+      block.value[i] = fastNorm(a[i], b[i], c[i]);
       block.margin[i] = block.value[i] * 0x1p-50;
     }
   };
