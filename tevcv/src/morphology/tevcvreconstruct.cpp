@@ -86,8 +86,8 @@ T sweepSerially(const T* mask, const T* values, T* row, std::ptrdiff_t from, std
 }
 
 template <class T>
-constexpr int lanes = 16 / int{sizeof(T)} * (sizeof(T) == 1 ? 1 : 2);
-constexpr int blockPixels = 256;
+constexpr int lanes = 32 / int{sizeof(T)};
+constexpr int blockPixels = 512;
 
 // One block of a row, `count` pixels, a multiple of the lanes.
 template <class D, int direction, class T>
@@ -102,12 +102,19 @@ T sweepBlock(const T* mask, const T* values, T* row, int count, T run, Bits<T>& 
     std::fill_n(lowEnd, n, D::template least<T>);
     std::fill_n(highEnd, n, D::template most<T>);
   }
-  for (int x = 0; x < count; ++x) {
-    low[0][first + x] = D::Hold::of(mask[x], values[x]);
-    high[0][first + x] = mask[x];
+  // Windows of two pixels, but one at the block's first.
+  const int alone = direction > 0 ? 0 : count - 1;
+  T *const low2 = low[0] + first, *const high2 = high[0] + first;
+  for (int x = direction > 0; x < count - (direction < 0); ++x) {
+    const T h = mask[x], l = D::Hold::of(h, values[x]);
+    const T hBefore = mask[x - direction], lBefore = D::Hold::of(hBefore, values[x - direction]);
+    low2[x] = limited<D>(lBefore, l, h);
+    high2[x] = limited<D>(hBefore, l, h);
   }
+  low2[alone] = D::Hold::of(mask[alone], values[alone]);
+  high2[alone] = mask[alone];
   int side = 0;
-  for (int length = 1; length < n; length *= 2, side ^= 1) {
+  for (int length = 2; length < n; length *= 2, side ^= 1) {
     const T *const fromLow = low[side] + first, *const fromHigh = high[side] + first;
     T *const toLow = low[side ^ 1] + first, *const toHigh = high[side ^ 1] + first;
     const int before = -direction * length;
@@ -124,9 +131,14 @@ T sweepBlock(const T* mask, const T* values, T* row, int count, T run, Bits<T>& 
   for (int done = 0; done < count; done += n) {
     const int x = direction > 0 ? done : count - n - done;
     const T *const l = low[side] + first + x, *const h = high[side] + first + x;
-    for (int k = 0; k < n; ++k) runs[k] = limited<D>(runs[k], l[k], h[k]);
-    for (int k = 0; k < n; ++k) differ[k] |= std::bit_cast<Bits<T>>(runs[k]) ^ std::bit_cast<Bits<T>>(row[x + k]);
-    for (int k = 0; k < n; ++k) row[x + k] = runs[k];
+    // One vector, or two: unrolled to single lanes it would stay that way.
+#pragma GCC unroll 1
+#pragma GCC ivdep
+    for (int k = 0; k < n; ++k) {
+      const T value = limited<D>(runs[k], l[k], h[k]);
+      differ[k] |= std::bit_cast<Bits<T>>(value) ^ std::bit_cast<Bits<T>>(row[x + k]);
+      row[x + k] = runs[k] = value;
+    }
   }
   for (int k = 0; k < n; ++k) changed |= differ[k];
   return runs[direction > 0 ? n - 1 : 0];
