@@ -273,7 +273,7 @@ TYPED_TEST(Reconstruction, IsTheSameAtEveryThreadCountAroundTheSizeForTwo) {
   using T = TypeParam;
   Random random;
   for (const TevSize size : {TevSize{10, 10}, TevSize{11, 10}, TevSize{10, 11}, TevSize{11, 11}, TevSize{12, 40},
-                             TevSize{300, 11}, TevSize{257, 64}}) {
+                             TevSize{300, 11}, TevSize{257, 64}, TevSize{400, 211}}) {
     const auto mask =
         random.image<T>(size.width, size.height, [&] { return random.oneIn(3) ? 0 : random.between(90, 99); });
     auto marker = constant<T>(size.width, size.height, 0);

@@ -284,48 +284,6 @@ PASSES(Erosion, Tev8u, tabErodeDown_8u_C1R, tabErodeUp_8u_C1R, tabErodeDownCheck
 PASSES(Erosion, Tev32f, tabErodeDown_32f_C1R, tabErodeUp_32f_C1R, tabErodeDownCheck_32f_C1R, tabErodeUpCheck_32f_C1R)
 #undef PASSES
 
-// Which sweeps the check passes do, and when they end. Forward sweeps alone are cheaper, but where they no longer
-// shrink the work they give way to both. They can also come to rest too early: a quiet pair of passes is the end only
-// if all rows have been swept both ways since they last changed.
-class Progress {
- public:
-  int mode() const { return mode_; }
-
-  // After the first pass of a pair, and after the second: true when the image is stable. `restart` is set when every
-  // row has to be looked at again.
-  bool stableAfterFirst(int changed, bool& restart) {
-    first_ = changed;
-    note(changed);
-    return quiet(changed, restart);
-  }
-  bool stableAfterSecond(int changed, bool& restart) {
-    note(changed);
-    if (quiet(changed, restart)) return true;
-    const bool hardlyShrinks = std::int64_t{10} * changed > std::int64_t{9} * first_;
-    // Mode 0 is for the pair that starts with both sweeps: it goes over the image's first row in any case.
-    if (!restart && (hardlyShrinks || mode_ == 0)) fall(restart);
-    return false;
-  }
-
- private:
-  void note(int changed) { sweptForwardOnly_ |= mode_ > 0 && changed > 0; }
-  bool quiet(int changed, bool& restart) {
-    if (changed != 0) return false;
-    if (!sweptForwardOnly_) return true;
-    fall(restart);
-    return false;
-  }
-  void fall(bool& restart) {
-    restart = mode_ > 0;
-    if (restart) sweptForwardOnly_ = false;
-    mode_ = std::max(mode_ - 2, -2);
-  }
-
-  int mode_ = 2;
-  int first_ = 0;
-  bool sweptForwardOnly_ = false;
-};
-
 // One call's images and how its buffer is laid out: four lines on 32-byte boundaries, two for each thread, and the
 // flags of the rows. Flags reach from row -1 to one behind the last, and one byte further: the lower half keeps its
 // flags a byte later than the upper one, so that each half has its own for the seam and no byte is written by two
@@ -352,16 +310,33 @@ struct Work {
   Tev8u* flags;
 };
 
-// Pairs of check passes until the image is stable. Each of the two gives its count of rows changed.
+// Pairs of check passes until the image is stable. A pass gets the mode and about how many rows it will find to do, and
+// gives its count of rows changed.
+//
+// Forward sweeps alone are cheaper, but where they no longer shrink the work they give way to both. They can also come
+// to rest too early: after a quiet pass it is the end only if all rows have been swept both ways since they last
+// changed.
 template <class T, class FirstPass, class SecondPass>
 void settle(const Work<T>& work, FirstPass firstPass, SecondPass secondPass) {
+  int mode = 2;
+  int rowsAhead = work.roi.height;
+  bool halfSwept = false;  // forward sweeps alone have changed rows
   work.flagAllRows();
-  Progress progress;
   for (;;) {
-    bool restart = false;
-    if (progress.stableAfterFirst(firstPass(progress.mode()), restart)) return;
-    if (!restart && progress.stableAfterSecond(secondPass(progress.mode()), restart)) return;
-    if (restart) work.flagAllRows();
+    const int first = firstPass(mode, rowsAhead);
+    const int second = first == 0 ? 0 : secondPass(mode, first);
+    rowsAhead = second;
+    halfSwept |= mode > 0 && first > 0;
+    const bool quiet = second == 0, hardlyShrinks = std::int64_t{10} * second > std::int64_t{9} * first;
+    if (quiet && !halfSwept) return;
+    // Mode 0 is for one pair, the first with both sweeps: it goes over the image's first row in any case.
+    if (!quiet && !hardlyShrinks && mode != 0) continue;
+    if (mode > 0) {
+      work.flagAllRows();
+      rowsAhead = work.roi.height;
+      halfSwept = false;
+    }
+    mode = std::max(mode - 2, -2);
   }
 }
 
@@ -373,11 +348,11 @@ void reconstructAlone(const Work<T>& w, int neighbours) {
   P::upTable[neighbours](w.mask, w.maskStep, w.row, w.rowStep, width, height - 2, -1, 0, w.line[0]);
   settle(
       w,
-      [&](int mode) {
+      [&](int mode, int) {
         return P::downCheckTable[neighbours](w.mask, w.maskStep, w.row, w.rowStep, width, 0, height, mode, w.flags,
                                              w.line[0], w.line[1]);
       },
-      [&](int mode) {
+      [&](int mode, int) {
         return P::upCheckTable[neighbours](w.mask, w.maskStep, w.row, w.rowStep, width, height - 1, -1, mode, w.flags,
                                            w.line[0], w.line[1]);
       });
@@ -391,6 +366,13 @@ void reconstructInHalves(const Work<T>& w, int neighbours) {
   Tev8u *const upperFlags = w.flags, *const lowerFlags = w.flags + 1;
   const auto inHalves = [&](auto upper, auto lower) {
     forEachShare(height, 2, [&](Share half) { half.isFirst() ? upper() : lower(); });
+  };
+  // A late pass finds little to do: fewer pixels than this are done sooner than a team of threads has met.
+  constexpr int fewPixels = 1 << 15;
+  const auto checkInHalves = [&](int rowsAhead, auto upper, auto lower) {
+    if (std::int64_t{rowsAhead} * width >= fewPixels) return inHalves(upper, lower);
+    upper();
+    lower();
   };
   const auto seamChanges = [&] {
     const auto settleIt = neighbours == four ? settleSeam<D, four, T> : settleSeam<D, eight, T>;
@@ -408,8 +390,9 @@ void reconstructInHalves(const Work<T>& w, int neighbours) {
   int upperCount = 0, lowerCount = 0;
   settle(
       w,
-      [&](int mode) {
-        inHalves(
+      [&](int mode, int rowsAhead) {
+        checkInHalves(
+            rowsAhead,
             [&] {
               upperCount = P::downCheckTable[neighbours](w.mask, w.maskStep, w.row, w.rowStep, width, 0, seam, mode,
                                                          upperFlags, w.line[0], w.line[1]);
@@ -423,8 +406,9 @@ void reconstructInHalves(const Work<T>& w, int neighbours) {
         return upperCount + lowerCount + changed;
       },
       // An odd mode: the halves now start beside the seam, and take it in if it has changed.
-      [&](int mode) {
-        inHalves(
+      [&](int mode, int rowsAhead) {
+        checkInHalves(
+            rowsAhead,
             [&] {
               upperCount = P::upCheckTable[neighbours](w.mask, w.maskStep, w.row, w.rowStep, width, seam - 1, -1,
                                                        mode - 1, upperFlags, w.line[0], w.line[1]);
