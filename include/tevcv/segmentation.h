@@ -85,6 +85,135 @@ TEV_API TevStatus teviSegmentGradient_8u_C3IR(const Tev8u* src, int srcStep, Tev
                                               TevSize roiSize, int norm, uint32_t flags, Tev8u* buffer);
 /** @} */
 
+/** What a fill did. */
+typedef struct TevConnectedRegion {
+  Tev64f area;     /**< number of pixels filled */
+  Tev64f value[3]; /**< the new value; 0 for channels that the image does not have */
+  TevRect rect;    /**< bounding rectangle of the fill, in pixels of the region */
+} TevConnectedRegion;
+
+/**
+ * @name Flood fill
+ * Fills the connected pixels around `seed` with `newValue`, in place, and describes them in `region`. `4Con` members
+ * connect the pixels above, below, left and right, `8Con` members the diagonal ones too. A pixel p joins
+ *
+ *   | family                | if, in every channel,                                                        |
+ *   |-----------------------|------------------------------------------------------------------------------|
+ *   | `4Con`, `8Con`        | p equals the seed pixel                                                      |
+ *   | `Range4Con`, `Range8Con` | seed - lowerDiff <= p <= seed + upperDiff                                 |
+ *   | `Grad4Con`, `Grad8Con`   | q - lowerDiff <= p <= q + upperDiff for a neighbour q that has joined     |
+ *
+ * `image` is `roiSize` pixels of one or three interleaved channels. Values and differences are passed by value for one
+ * channel and as pointers to three elements for three. `region` tells the number of pixels, the new value and the
+ * bounding rectangle. `buffer` is scratch of the length in bytes that the size query gives, at any address:
+ * teviFloodFillGetSize (6 * width * height + 32) for the first two rows of the table, teviFloodFillGetSize_Grad
+ * ((width + 2) * (height + 2) more) for the third; both count modulo 2^32.
+ *
+ * In the first two rows a seed that equals the new value ends the call at once, with `image` and `region` untouched.
+ * Bounds of bytes are clamped to 0 and 255, those of floats are not rounded to float. A NaN equals everything, is never
+ * inside a fixed range and always inside a floating one. A new value inside its own fixed range fills each pixel once.
+ *
+ * A floating range compares old values only and always runs. Runs of pixels grow along a row: to the left each pixel is
+ * compared with its neighbour in the run, to the right with that or with the run that it was found from, in the row
+ * above or below; a pixel that only a later neighbour would admit may stay out. Differences of floats, lower - upper
+ * and lower + upper, are halved and rounded to float before they are compared.
+ *
+ * Three rules for arguments are looser than elsewhere, for callers that rely on them: a row's step is measured against
+ * one element a pixel, also for three channels; rows of floats advance by `imageStep` / 4 whole elements, with only an
+ * odd step refused (in the `Grad` members a step that is no multiple of 4); and teviFloodFill_Grad8Con_8u_C3IR does not
+ * test `newValue`, `lowerDiff` and `upperDiff` for null.
+ * @return A fill: #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), #tevStatusBadStep,
+ *         #tevStatusStepNotAligned (floats), #tevStatusBadPoint (`seed` outside the region; in the `Grad` members of
+ *         floats also a difference below 0 or NaN), in that order. A query: #tevStatusNullPtr, #tevStatusBadSize.
+ * @see A. R. Smith, "Tint fill", 1979; P. S. Heckbert, "A seed fill algorithm", in Graphics Gems, 1990.
+ * @{
+ */
+TEV_API TevStatus teviFloodFillGetSize(TevSize roiSize, int* bufferSize);
+TEV_API TevStatus teviFloodFillGetSize_Grad(TevSize roiSize, int* bufferSize);
+TEV_API TevStatus teviFloodFill_4Con_8u_C1IR(Tev8u* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                             Tev8u newValue, TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_4Con_8u_C3IR(Tev8u* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                             const Tev8u* newValue, TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_4Con_32f_C1IR(Tev32f* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                              Tev32f newValue, TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_4Con_32f_C3IR(Tev32f* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                              const Tev32f* newValue, TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_8Con_8u_C1IR(Tev8u* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                             Tev8u newValue, TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_8Con_8u_C3IR(Tev8u* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                             const Tev8u* newValue, TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_8Con_32f_C1IR(Tev32f* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                              Tev32f newValue, TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_8Con_32f_C3IR(Tev32f* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                              const Tev32f* newValue, TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Range4Con_8u_C1IR(Tev8u* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                  Tev8u newValue, Tev8u lowerDiff, Tev8u upperDiff,
+                                                  TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Range4Con_8u_C3IR(Tev8u* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                  const Tev8u* newValue, const Tev8u* lowerDiff, const Tev8u* upperDiff,
+                                                  TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Range4Con_32f_C1IR(Tev32f* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                   Tev32f newValue, Tev32f lowerDiff, Tev32f upperDiff,
+                                                   TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Range4Con_32f_C3IR(Tev32f* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                   const Tev32f* newValue, const Tev32f* lowerDiff,
+                                                   const Tev32f* upperDiff, TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Range8Con_8u_C1IR(Tev8u* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                  Tev8u newValue, Tev8u lowerDiff, Tev8u upperDiff,
+                                                  TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Range8Con_8u_C3IR(Tev8u* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                  const Tev8u* newValue, const Tev8u* lowerDiff, const Tev8u* upperDiff,
+                                                  TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Range8Con_32f_C1IR(Tev32f* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                   Tev32f newValue, Tev32f lowerDiff, Tev32f upperDiff,
+                                                   TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Range8Con_32f_C3IR(Tev32f* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                   const Tev32f* newValue, const Tev32f* lowerDiff,
+                                                   const Tev32f* upperDiff, TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Grad4Con_8u_C1IR(Tev8u* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                 Tev8u newValue, Tev8u lowerDiff, Tev8u upperDiff,
+                                                 TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Grad4Con_8u_C3IR(Tev8u* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                 const Tev8u* newValue, const Tev8u* lowerDiff, const Tev8u* upperDiff,
+                                                 TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Grad4Con_32f_C1IR(Tev32f* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                  Tev32f newValue, Tev32f lowerDiff, Tev32f upperDiff,
+                                                  TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Grad4Con_32f_C3IR(Tev32f* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                  const Tev32f* newValue, const Tev32f* lowerDiff,
+                                                  const Tev32f* upperDiff, TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Grad8Con_8u_C1IR(Tev8u* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                 Tev8u newValue, Tev8u lowerDiff, Tev8u upperDiff,
+                                                 TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Grad8Con_8u_C3IR(Tev8u* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                 const Tev8u* newValue, const Tev8u* lowerDiff, const Tev8u* upperDiff,
+                                                 TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Grad8Con_32f_C1IR(Tev32f* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                  Tev32f newValue, Tev32f lowerDiff, Tev32f upperDiff,
+                                                  TevConnectedRegion* region, Tev8u* buffer);
+TEV_API TevStatus teviFloodFill_Grad8Con_32f_C3IR(Tev32f* image, int imageStep, TevSize roiSize, TevPoint seed,
+                                                  const Tev32f* newValue, const Tev32f* lowerDiff,
+                                                  const Tev32f* upperDiff, TevConnectedRegion* region, Tev8u* buffer);
+/** @} */
+
+/**
+ * @name Marker labelling
+ * Numbers the connected components of a marker image in place. Every non-zero marker first becomes 255; then, rows top
+ * to bottom and columns left to right, each component met is filled with the next label, from `minLabel` to `maxLabel`
+ * and round again: with more components than labels, labels repeat. `markersNum` receives the number of components.
+ * `norm` 0 connects 8 neighbours, `norm` 1 connects 4. `markers` is `roiSize` pixels, `buffer` scratch of the length in
+ * bytes that the query gives (that of teviFloodFillGetSize), at any address.
+ * @return The labelling: #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), #tevStatusBadStep
+ *         (`markerStep` below the width), #tevStatusBadArg (`minLabel` below 1, `maxLabel` above 254 or below
+ *         `minLabel`; `norm` other than 0 and 1), in that order. The query: #tevStatusNullPtr, #tevStatusBadSize.
+ * @see A. Rosenfeld, J. L. Pfaltz, "Sequential operations in digital picture processing", 1966.
+ * @{
+ */
+TEV_API TevStatus teviLabelMarkersGetBufferSize_8u_C1R(TevSize roiSize, int* bufferSize);
+TEV_API TevStatus teviLabelMarkers_8u_C1IR(Tev8u* markers, int markerStep, TevSize roiSize, int minLabel, int maxLabel,
+                                           int norm, int* markersNum, Tev8u* buffer);
+/** @} */
+
 /**
  * @name Segment bounds
  * Draws boundaries between labelled regions in place: row by row from the top, a pixel becomes `boundaryValue` where a

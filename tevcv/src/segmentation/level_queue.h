@@ -1,0 +1,102 @@
+// What both floods stand on: one first-in first-out queue for each of the 256 keys, over a pool of list nodes in the
+// caller's buffer. A pixel joins a queue at most once, so a node a pixel is enough.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include "tevcv/types.h"
+#include "tevcv_internal/segmentation.h"
+
+namespace tevcv {
+
+class LevelQueue {
+ public:
+  static constexpr int levels = 256;
+
+  LevelQueue(WSNode* nodes, TevSize roi) : free_(ownAllocWSNodes(nodes, 0, roi.width, roi.height)) {}
+
+  void append(int level, std::uint32_t labelIndex, std::uint32_t sourceIndex) {
+    WSNode* const node = free_;
+    free_ = node->next;
+    *node = {nullptr, labelIndex, sourceIndex};
+    List& list = lists_[level];
+    (list.head ? list.tail->next : list.head) = node;
+    list.tail = node;
+  }
+
+  // The pixel that has waited longest on a level that is not empty. Its node is the next one to be used again, warm in
+  // the cache.
+  WSNode take(int level) {
+    WSNode* const node = lists_[level].head;
+    const WSNode taken = *node;
+    lists_[level].head = taken.next;
+    node->next = free_;
+    free_ = node;
+    return taken;
+  }
+
+  // The first level from `level` on that holds a pixel, or `levels`.
+  int lowest(int level) const {
+    while (level < levels && !lists_[level].head) ++level;
+    return level;
+  }
+
+ private:
+  struct List {
+    WSNode* head;
+    WSNode* tail;  // counts while there is a head
+  };
+  List lists_[levels] = {};
+  WSNode* free_;
+};
+
+// The neighbours of a pixel in the order in which the floods visit them: the straight ones first.
+struct Neighbour {
+  int dx, dy;
+};
+inline constexpr Neighbour neighbours[8] = {{-1, 0}, {1, 0}, {0, -1}, {0, 1}, {-1, -1}, {1, -1}, {-1, 1}, {1, 1}};
+
+// Where the pixels of the nodes lie: in a label image of `pitch` bytes a row with `border` pixels around the region,
+// and in the source.
+class PixelMap {
+ public:
+  PixelMap(TevSize roi, int border, int srcStep, int channels)
+      : pitch_(roi.width + std::ptrdiff_t{2} * border),
+        srcStep_(srcStep),
+        channels_(channels),
+        border_(border),
+        wide_(std::int64_t{srcStep} * roi.height > UINT32_MAX) {
+    for (int k = 0; k < 8; ++k) {
+      const auto [dx, dy] = neighbours[k];
+      label_[k] = dy * pitch_ + dx;
+      source_[k] = dy * srcStep_ + dx * channels;
+    }
+  }
+
+  std::uint32_t labelIndex(int x, int y) const {
+    return static_cast<std::uint32_t>((y + border_) * pitch_ + x + border_);
+  }
+  std::uint32_t sourceIndex(int x, int y) const { return static_cast<std::uint32_t>(y * srcStep_ + x * channels_); }
+
+  // A node's offset in the source. Its 32 bits do not tell it in an image that spans 4 GiB; the label index does there.
+  std::ptrdiff_t sourceOffset(const WSNode& node) const {
+    if (!wide_) return static_cast<std::ptrdiff_t>(node.sourceIndex);
+    const std::lldiv_t at = std::lldiv(std::int64_t{node.labelIndex}, pitch_);
+    return static_cast<std::ptrdiff_t>((at.quot - border_) * srcStep_ + (at.rem - border_) * channels_);
+  }
+
+  std::ptrdiff_t pitch() const { return pitch_; }
+  // Offset of neighbour k from a pixel, in the label image and in the source.
+  std::ptrdiff_t toLabel(int k) const { return label_[k]; }
+  std::ptrdiff_t toSource(int k) const { return source_[k]; }
+
+ private:
+  std::ptrdiff_t pitch_, srcStep_;
+  int channels_, border_;
+  bool wide_;
+  std::ptrdiff_t label_[8], source_[8];
+};
+
+}  // namespace tevcv
