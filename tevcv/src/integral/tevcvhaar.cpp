@@ -5,7 +5,7 @@
 // of the position, and votes one of two values. Votes are added in stored order and compared with the stage's
 // threshold.
 //
-// Selected positions are evaluated sixteen at a time: neighbours where a run of them is selected, else whatever the
+// Selected positions are evaluated 32 at a time: neighbours where a run of them is selected, else whatever the
 // mask gives next. Float sums are defined in extended precision. They are formed in double precision with a bound on
 // how far each may be off, and a position where some comparison lies within its bound is evaluated again as defined.
 // Rejected positions are never read: the tables may not reach there.
@@ -257,41 +257,33 @@ Offsets offsetsOf(const Feature& f, int stepElements) {
           offset(f.colC, f.rowC, stepElements), offset(f.colD, f.rowD, stepElements)};
 }
 
-// A table whose corners are worked out at each read.
-template <class T>
-struct PlainTable {
-  const T* base;
+// Corners worked out at each read.
+struct PlainCorners {
   int stepElements;
 
-  static bool readsTilted(const Classifier&) { return false; }
-  const T* of(const Classifier&) const { return base; }
-  Offsets offsets(const Classifier&, const Feature& f) const { return offsetsOf(f, stepElements); }
+  static bool areTilted(const Classifier&) { return false; }
+  Offsets of(const Classifier&, const Feature& f) const { return offsetsOf(f, stepElements); }
 };
 
-// The same, with all corners worked out beforehand, four for each feature in stored order.
-template <class T>
-struct IndexedTable {
-  const T* base;
+// Corners worked out beforehand, four for each feature in stored order.
+struct IndexedCorners {
   const Feature* firstFeature;
   const Tev32s* index;
 
-  static bool readsTilted(const Classifier&) { return false; }
-  const T* of(const Classifier&) const { return base; }
-  Offsets offsets(const Classifier&, const Feature& f) const {
+  static bool areTilted(const Classifier&) { return false; }
+  Offsets of(const Classifier&, const Feature& f) const {
     const Tev32s* const corners = index + 4 * (&f - firstFeature);
     return {corners[0], corners[1], corners[2], corners[3]};
   }
 };
 
 // Upright classifiers read one table and tilted ones another.
-template <class T>
-struct MixedTables {
-  PlainTable<T> upright, tilted;
+struct MixedCorners {
+  int stepElements, tiltedStepElements;
 
-  static bool readsTilted(const Classifier& c) { return c.indexAndTilt & 1; }
-  const T* of(const Classifier& c) const { return readsTilted(c) ? tilted.base : upright.base; }
-  Offsets offsets(const Classifier& c, const Feature& f) const {
-    return offsetsOf(f, readsTilted(c) ? tilted.stepElements : upright.stepElements);
+  static bool areTilted(const Classifier& c) { return c.indexAndTilt & 1; }
+  Offsets of(const Classifier& c, const Feature& f) const {
+    return offsetsOf(f, areTilted(c) ? tiltedStepElements : stepElements);
   }
 };
 
@@ -299,8 +291,8 @@ struct MixedTables {
 Extended rectangle(const Tev32f* p, const Offsets& o) {
   return static_cast<Extended>(p[o.a]) - p[o.b] - p[o.c] + p[o.d];
 }
-Tev32s difference(Tev32s a, Tev32s b, Tev32s c, Tev32s d) { return wrapAdd(wrapSub(wrapSub(a, b), c), d); }
-Tev32s rectangle(const Tev32s* p, const Offsets& o) { return difference(p[o.a], p[o.b], p[o.c], p[o.d]); }
+Tev32s alternatingSum(Tev32s a, Tev32s b, Tev32s c, Tev32s d) { return wrapAdd(wrapSub(wrapSub(a, b), c), d); }
+Tev32s rectangle(const Tev32s* p, const Offsets& o) { return alternatingSum(p[o.a], p[o.b], p[o.c], p[o.d]); }
 
 bool isSmallInteger(Tev32f v) { return v == std::trunc(v) && std::fabs(v) <= 1 << 16; }
 
@@ -375,99 +367,132 @@ struct Stage {
   Form form;
 };
 
-// The definition: whether a position stays selected. `at` is its place in the upright table, `tiltedAt` in the tilted.
-template <class Form, class Tables>
-bool stays(const Stage<Form>& stage, const Tables& tables, typename Form::Element norm, std::ptrdiff_t at,
-           std::ptrdiff_t tiltedAt) {
+// The cells of the tables under a position's top-left corner. Both are the same where there is one table.
+template <class T>
+struct Place {
+  const T *upright, *tilted;
+
+  const T* in(bool tiltedTable) const { return tiltedTable ? tilted : upright; }
+};
+
+// The definition: whether a position stays selected.
+template <class Form, class Corners, class T>
+bool stays(const Stage<Form>& stage, const Corners& corners, typename Form::Element norm, Place<T> place) {
   using Element = typename Form::Element;
   typename Form::Vote votes = 0;
   for (const Classifier *c = stage.state.classifiers, *end = c + stage.state.classifierCount; c != end; ++c) {
-    const auto* const p = tables.of(*c) + (tables.readsTilted(*c) ? tiltedAt : at);
+    const T* const p = place.in(corners.areTilted(*c));
     typename Form::Sum sum = 0;
     for (const Feature *f = c->features, *last = f + c->count; f != last; ++f)
-      sum += stage.form.product(get<Element>(f->weight), rectangle(p, tables.offsets(*c, *f)));
+      sum += stage.form.product(get<Element>(f->weight), rectangle(p, corners.of(*c, *f)));
     const bool above = stage.form.isAbove(sum, get<Element>(c->threshold), norm);
     votes += static_cast<typename Form::Vote>(get<Element>(above ? c->aboveValue : c->belowValue));
   }
   return !stage.form.isBelow(votes, stage.threshold);
 }
 
-// ---- Sixteen positions together ----
+// ---- Many positions together ----
 
-constexpr int lanes = 16;
+constexpr int lanes = 32;
+
+// A rectangle's sum in double precision, and the size of the terms that were rounded. The differences of an integer
+// table are exact.
+Tev64f sumInDouble(Tev32f a, Tev32f b, Tev32f c, Tev32f d) { return static_cast<Tev64f>(a) - b - c + d; }
+Tev64f sumInDouble(Tev32s a, Tev32s b, Tev32s c, Tev32s d) { return alternatingSum(a, b, c, d); }
+Tev32f sizeOfTerms(Tev32f a, Tev32f b, Tev32f c, Tev32f d) {
+  return std::fabs(a) + std::fabs(b) + std::fabs(c) + std::fabs(d);
+}
+Tev32f sizeOfTerms(Tev32s a, Tev32s b, Tev32s c, Tev32s d) {
+  return std::fabs(static_cast<Tev32f>(alternatingSum(a, b, c, d)));
+}
 
 // Neighbours in one row.
-template <class Element>
+template <class T, class Element>
 struct Neighbours {
-  // One cell of a table at all lanes: they lie side by side.
-  template <class T>
-  struct Cells {
-    const T* first;
-    Cells(const T* p, std::ptrdiff_t at) : first(p + at) {}
-    T operator[](int i) const { return first[i]; }
-  };
-  std::ptrdiff_t at, tiltedAt;  // the first one's place in the tables
+  Place<T> first;
   const Element* norms;
   Tev8u* masks;
 
   static constexpr int count() { return lanes; }
-  std::ptrdiff_t places(bool tilted) const { return tilted ? tiltedAt : at; }
-  std::ptrdiff_t place(bool tilted, int i) const { return places(tilted) + i; }
+  Place<T> place(int i) const { return {first.upright + i, first.tilted + i}; }
   Element norm(int i) const { return norms[i]; }
   Tev8u& mask(int i) const { return masks[i]; }
+
+  // A feature's corners at all lanes: they lie side by side.
+  struct Cells {
+    const T *pa, *pb, *pc, *pd;
+
+    Cells(const Neighbours& n, bool tilted, const Offsets& o)
+        : pa(n.first.in(tilted) + o.a),
+          pb(n.first.in(tilted) + o.b),
+          pc(n.first.in(tilted) + o.c),
+          pd(n.first.in(tilted) + o.d) {}
+    T difference(int i) const { return alternatingSum(pa[i], pb[i], pc[i], pd[i]); }
+    Tev64f sum(int i) const { return sumInDouble(pa[i], pb[i], pc[i], pd[i]); }
+    Tev32f terms(int i) const { return sizeOfTerms(pa[i], pb[i], pc[i], pd[i]); }
+  };
 };
 
 // Positions from anywhere, in the order of the image. Lanes that are not taken repeat the last position.
-template <class Element>
+template <class T, class Element>
 class Scattered {
  public:
   int count() const { return count_; }
   bool isFull() const { return count_ == lanes; }
   void clear() { count_ = 0; }
-  void add(std::ptrdiff_t at, std::ptrdiff_t tiltedAt, Element norm, Tev8u* mask) {
-    at_[count_] = at;
-    tiltedAt_[count_] = tiltedAt;
+  void add(Place<T> place, Element norm, Tev8u* mask) {
+    places_[false][count_] = place.upright;
+    places_[true][count_] = place.tilted;
     norms_[count_] = norm;
     masks_[count_++] = mask;
   }
   void fillUp() {
-    std::fill(at_ + count_, at_ + lanes, at_[count_ - 1]);
-    std::fill(tiltedAt_ + count_, tiltedAt_ + lanes, tiltedAt_[count_ - 1]);
+    for (const T*(&places)[lanes] : places_) std::fill(places + count_, places + lanes, places[count_ - 1]);
     std::fill(norms_ + count_, norms_ + lanes, norms_[count_ - 1]);
   }
 
-  // One cell of a table at all lanes, gathered.
-  template <class T>
-  struct Cells {
-    T values[lanes];
-    Cells(const T* p, const std::ptrdiff_t* at) {
-      for (int i = 0; i < lanes; ++i) values[i] = p[at[i]];
-    }
-    T operator[](int i) const { return values[i]; }
-  };
-  const std::ptrdiff_t* places(bool tilted) const { return tilted ? tiltedAt_ : at_; }
-  std::ptrdiff_t place(bool tilted, int i) const { return places(tilted)[i]; }
+  Place<T> place(int i) const { return {places_[false][i], places_[true][i]}; }
   Element norm(int i) const { return norms_[i]; }
   Tev8u& mask(int i) const { return *masks_[i]; }
 
+  // A feature's corners at all lanes, gathered; of an integer table, the differences.
+  struct Cells {
+    static constexpr bool integers = std::is_integral_v<T>;
+    T values[integers ? 1 : 4][lanes];
+
+    Cells(const Scattered& s, bool tilted, const Offsets& o) {
+      for (int i = 0; i < lanes; ++i) {
+        const T* const p = s.places_[tilted][i];
+        if constexpr (integers) {
+          values[0][i] = rectangle(p, o);
+        } else {
+          values[0][i] = p[o.a];
+          values[1][i] = p[o.b];
+          values[2][i] = p[o.c];
+          values[3][i] = p[o.d];
+        }
+      }
+    }
+    T difference(int i) const { return values[0][i]; }
+    Tev64f sum(int i) const {
+      if constexpr (integers)
+        return values[0][i];
+      else
+        return sumInDouble(values[0][i], values[1][i], values[2][i], values[3][i]);
+    }
+    Tev32f terms(int i) const {
+      if constexpr (integers)
+        return std::fabs(static_cast<Tev32f>(values[0][i]));
+      else
+        return sizeOfTerms(values[0][i], values[1][i], values[2][i], values[3][i]);
+    }
+  };
+
  private:
   int count_ = 0;
-  std::ptrdiff_t at_[lanes], tiltedAt_[lanes];
+  const T* places_[2][lanes];  // upright, tilted
   Element norms_[lanes];
   Tev8u* masks_[lanes];
-};
-
-// The four corners of a feature at all lanes.
-template <class Positions, class T>
-struct CornerLanes {
-  using Cells = typename Positions::template Cells<T>;
-  Cells a, b, c, d;
-
-  CornerLanes(const T* p, const Offsets& o, const Positions& positions, bool tilted)
-      : a(p + o.a, positions.places(tilted)),
-        b(p + o.b, positions.places(tilted)),
-        c(p + o.c, positions.places(tilted)),
-        d(p + o.d, positions.places(tilted)) {}
 };
 
 // Clears the masks of the positions that the stage rejects, and tells how many stay.
@@ -482,17 +507,15 @@ int thin(const Positions& positions, Stays staysAt) {
   return positive;
 }
 
-template <class Form, class Tables, class Positions>
-int applyToLanes(const Stage<Form>& stage, const Tables& tables, const Positions& positions) {
+template <class Form, class Corners, class Positions>
+int applyToLanes(const Stage<Form>& stage, const Corners& corners, const Positions& positions) {
   typename Form::Vote votes[lanes] = {};
   for (const Classifier *c = stage.state.classifiers, *end = c + stage.state.classifierCount; c != end; ++c) {
-    const auto* const p = tables.of(*c);
-    const bool tilted = tables.readsTilted(*c);
     typename Form::Sum sums[lanes] = {};
     for (const Feature *f = c->features, *last = f + c->count; f != last; ++f) {
       const Tev32s weight = f->weight.s;
-      const CornerLanes t(p, tables.offsets(*c, *f), positions, tilted);
-      for (int i = 0; i < lanes; ++i) sums[i] += stage.form.product(weight, difference(t.a[i], t.b[i], t.c[i], t.d[i]));
+      const typename Positions::Cells t(positions, corners.areTilted(*c), corners.of(*c, *f));
+      for (int i = 0; i < lanes; ++i) sums[i] += stage.form.product(weight, t.difference(i));
     }
     const Tev32s threshold = c->threshold.s, above = c->aboveValue.s, below = c->belowValue.s;
     for (int i = 0; i < lanes; ++i)
@@ -500,25 +523,6 @@ int applyToLanes(const Stage<Form>& stage, const Tables& tables, const Positions
           static_cast<typename Form::Vote>(stage.form.isAbove(sums[i], threshold, positions.norm(i)) ? above : below);
   }
   return thin(positions, [&](int i) { return !stage.form.isBelow(votes[i], stage.threshold); });
-}
-
-// A rectangle's sum at a lane in double precision, and the size of the terms that were rounded. The differences of an
-// integer table are exact.
-template <class Positions>
-Tev64f sumAt(const CornerLanes<Positions, Tev32f>& t, int i) {
-  return static_cast<Tev64f>(t.a[i]) - t.b[i] - t.c[i] + t.d[i];
-}
-template <class Positions>
-Tev64f sumAt(const CornerLanes<Positions, Tev32s>& t, int i) {
-  return difference(t.a[i], t.b[i], t.c[i], t.d[i]);
-}
-template <class Positions>
-Tev32f termsAt(const CornerLanes<Positions, Tev32f>& t, int i) {
-  return std::fabs(t.a[i]) + std::fabs(t.b[i]) + std::fabs(t.c[i]) + std::fabs(t.d[i]);
-}
-template <class Positions>
-Tev32f termsAt(const CornerLanes<Positions, Tev32s>& t, int i) {
-  return std::fabs(static_cast<Tev32f>(difference(t.a[i], t.b[i], t.c[i], t.d[i])));
 }
 
 // A few small whole weights over an integer table: the weighted sum is a whole number that a double holds.
@@ -530,24 +534,23 @@ bool sumIsExact(const Classifier& c) {
 
 // Unless a sum is exact, its bound is twice the roundings of 2^-53 that each of its terms goes through. Each comparison
 // is made at both ends of the bound, and a lane where they differ is doubtful.
-template <class Tables, class Positions>
-int applyToLanes(const Stage<Floats>& stage, const Tables& tables, const Positions& positions) {
+template <class Corners, class T, template <class, class> class Positions>
+int applyToLanes(const Stage<Floats>& stage, const Corners& corners, const Positions<T, Tev32f>& positions) {
   constexpr Tev64f infinity = std::numeric_limits<Tev64f>::infinity();
   Tev64f votes[lanes] = {};
   Tev32s doubtful[lanes] = {};
   for (const Classifier *c = stage.state.classifiers, *end = c + stage.state.classifierCount; c != end; ++c) {
-    const auto* const p = tables.of(*c);
-    const bool tilted = tables.readsTilted(*c), exact = sumIsExact<std::remove_cvref_t<decltype(*p)>>(*c);
+    const bool exact = sumIsExact<T>(*c);
     Tev64f sums[lanes] = {};
     Tev32f terms[lanes];
     for (Tev32f& t : terms) t = std::numeric_limits<Tev32f>::min();  // what the smallest products may vanish to
     for (const Feature *f = c->features, *last = f + c->count; f != last; ++f) {
-      const CornerLanes corners(p, tables.offsets(*c, *f), positions, tilted);
+      const typename Positions<T, Tev32f>::Cells t(positions, corners.areTilted(*c), corners.of(*c, *f));
       const Tev64f weight = f->weight.f;
-      for (int i = 0; i < lanes; ++i) sums[i] += weight * sumAt(corners, i);
+      for (int i = 0; i < lanes; ++i) sums[i] += weight * t.sum(i);
       if (exact) continue;
       const Tev32f size = std::fabs(f->weight.f);
-      for (int i = 0; i < lanes; ++i) terms[i] += size * termsAt(corners, i);
+      for (int i = 0; i < lanes; ++i) terms[i] += size * t.terms(i);
     }
     const Tev64f slack = exact ? 0 : (c->count + 8) * 0x1p-52;
     const Tev64f threshold = c->threshold.f, above = c->aboveValue.f, below = c->belowValue.f;
@@ -562,50 +565,53 @@ int applyToLanes(const Stage<Floats>& stage, const Tables& tables, const Positio
   return thin(positions, [&](int i) {
     const bool atLeast = !(votes[i] - slack < stage.threshold), atMost = !(votes[i] + slack < stage.threshold);
     if (!doubtful[i] && atLeast == atMost) return atLeast;
-    return stays(stage, tables, positions.norm(i), positions.place(false, i), positions.place(true, i));
+    return stays(stage, corners, positions.norm(i), positions.place(i));
   });
 }
 
 // ---- A region ----
 
+// Clears the mask where the stage rejects, and tells how many positions stay. Where there is one table, `tilt` is
+// `src`.
+template <class Form, class Corners, class T>
+int applyToRegion(const Stage<Form>& stage, const Corners& corners, Rows<const T> src, Rows<const T> tilt,
+                  Rows<const typename Form::Element> norms, Rows<Tev8u> masks, TevSize roi) {
+  using Element = typename Form::Element;
+  Scattered<T, Element> scattered;
+  int positive = 0;
+  for (int y = 0; y < roi.height; ++y) {
+    const Place<T> row = {src[y], tilt[y]};
+    const Element* const norm = norms[y];
+    Tev8u* const mask = masks[y];
+    for (int x = 0; x < roi.width; x += lanes) {
+      const int end = std::min(x + lanes, roi.width);
+      int selected = 0;
+      for (int i = x; i < end; ++i) selected += mask[i] != 0;
+      if (selected == 0) continue;
+      if (selected == lanes) {
+        const Place<T> first = {row.upright + x, row.tilted + x};
+        positive += applyToLanes(stage, corners, Neighbours<T, Element>{first, norm + x, mask + x});
+        continue;
+      }
+      for (int i = x; i < end; ++i) {
+        if (!mask[i]) continue;
+        scattered.add({row.upright + i, row.tilted + i}, norm[i], mask + i);
+        if (!scattered.isFull()) continue;
+        positive += applyToLanes(stage, corners, scattered);
+        scattered.clear();
+      }
+    }
+  }
+  if (scattered.count() != 0) {
+    scattered.fillUp();
+    positive += applyToLanes(stage, corners, scattered);
+  }
+  return positive;
+}
+
 template <class T>
 constexpr int elements(int step) {
   return step / int{sizeof(T)};
-}
-
-// Clears the mask where the stage rejects, and tells how many positions stay. Steps of the tables count elements.
-template <class Form, class Tables>
-int applyToRegion(const Stage<Form>& stage, const Tables& tables, int step, int tiltedStep,
-                  Rows<const typename Form::Element> norms, Rows<Tev8u> masks, TevSize roi) {
-  using Element = typename Form::Element;
-  Scattered<Element> scattered;
-  int positive = 0;
-  const auto applyTo = [&](int x, int y, int width) {
-    const Element* const norm = norms[y];
-    Tev8u* const mask = masks[y];
-    const std::ptrdiff_t at = std::ptrdiff_t{y} * step, tiltedAt = std::ptrdiff_t{y} * tiltedStep;
-    int selected = 0;
-    for (int i = x; i < x + width; ++i) selected += mask[i] != 0;
-    if (selected == 0) return;
-    if (selected == lanes) {
-      positive += applyToLanes(stage, tables, Neighbours<Element>{at + x, tiltedAt + x, norm + x, mask + x});
-      return;
-    }
-    for (int i = x; i < x + width; ++i) {
-      if (!mask[i]) continue;
-      scattered.add(at + i, tiltedAt + i, norm[i], mask + i);
-      if (!scattered.isFull()) continue;
-      positive += applyToLanes(stage, tables, scattered);
-      scattered.clear();
-    }
-  };
-  for (int y = 0; y < roi.height; ++y)
-    for (int x = 0; x < roi.width; x += lanes) applyTo(x, y, std::min(lanes, roi.width - x));
-  if (scattered.count() != 0) {
-    scattered.fillUp();
-    positive += applyToLanes(stage, tables, scattered);
-  }
-  return positive;
 }
 
 // Over one table. All corners are indexed once; without memory for the index they are worked out at each read, which
@@ -615,11 +621,12 @@ int applyUpright(const Stage<Form>& stage, const T* src, int srcStep, const type
                  Tev8u* mask, int maskStep, TevSize roi) {
   const State& state = stage.state;
   const int step = elements<T>(srcStep);
-  const auto applyTo = [&](const auto& table) {
-    return applyToRegion(stage, table, step, step, rows(norm, normStep), rows(mask, maskStep), roi);
+  const auto applyWith = [&](const auto& corners) {
+    const auto table = rows(src, srcStep);
+    return applyToRegion(stage, corners, table, table, rows(norm, normStep), rows(mask, maskStep), roi);
   };
   Tev32s* const index = tevsMalloc_32s(4 * state.featureCount);
-  if (!index) return applyTo(PlainTable<T>{src, step});
+  if (!index) return applyWith(PlainCorners{step});
   const Feature* const features = state.classifiers->features;
   for (int i = 0; i < state.featureCount; ++i) {
     const Feature& f = features[i];
@@ -628,7 +635,7 @@ int applyUpright(const Stage<Form>& stage, const T* src, int srcStep, const type
     index[4 * i + 2] = offset(f.colC, f.rowC, step);
     index[4 * i + 3] = offset(f.colD, f.rowD, step);
   }
-  const int positive = applyTo(IndexedTable<T>{src, features, index});
+  const int positive = applyWith(IndexedCorners{features, index});
   tevsFree(index);
   return positive;
 }
@@ -662,10 +669,10 @@ TevStatus applyMixed(const T* src, int srcStep, const T* tilt, int tiltStep, con
                        wholeElements<T>(tiltStep), failUnless(scaleFactor <= 0, tevStatusBadArg)))
     return s;
   // A tilted table has a border of its own: one row above and one column to the left.
-  const int step = elements<T>(srcStep), tiltedStep = elements<T>(tiltStep);
-  const MixedTables<T> tables = {{src, step}, {tilt + tiltedStep + 1, tiltedStep}};
-  *pPositive = applyToRegion(Stage<Form>{*state, threshold, Form(*state, scaleFactor)}, tables, step, tiltedStep,
-                             rows(norm, normStep), rows(mask, maskStep), roi);
+  const MixedCorners corners = {elements<T>(srcStep), elements<T>(tiltStep)};
+  const Rows<const T> tilted(rows(tilt, tiltStep)[1] + 1, tiltStep);
+  *pPositive = applyToRegion(Stage<Form>{*state, threshold, Form(*state, scaleFactor)}, corners, rows(src, srcStep),
+                             tilted, rows(norm, normStep), rows(mask, maskStep), roi);
   return tevStatusOk;
 }
 
