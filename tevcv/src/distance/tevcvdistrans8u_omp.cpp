@@ -1,0 +1,15 @@
+// Chamfer distances into bytes by two threads: behind the gates of tevcvdistrans8u.
+#include "distance/chamfer.h"
+#include "tevcv_internal/distance.h"
+
+using namespace tevcv;
+
+TevStatus teviDistanceTransform_3x3_8u_C1R_omp(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize roiSize,
+                                               const Tev32s* metrics) {
+  return chamfer3x3InTwo(src, srcStep, dst, dstStep, roiSize, metrics);
+}
+
+TevStatus teviDistanceTransform_5x5_8u_C1R_omp(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep, TevSize roiSize,
+                                               const Tev32s* metrics) {
+  return chamfer5x5InTwo(src, srcStep, dst, dstStep, roiSize, metrics);
+}
