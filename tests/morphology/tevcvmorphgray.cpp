@@ -178,6 +178,16 @@ TYPED_TEST(GrayMorphology, TakesKernelsLargerThanTheImage) {
   }
 }
 
+TYPED_TEST(GrayMorphology, TakesMarginsOfHundredsOfPixels) {
+  using T = TypeParam;
+  Random random;
+  for (const TevSize size : {TevSize{700, 2}, TevSize{257, 3}}) {
+    auto kernel = zeros<T>(size.width, size.height, {random.between(0, size.width - 1), 1});
+    for (auto& cell : kernel.cells) cell = static_cast<typename Members<T>::Cell>(random.between(-90, 90));
+    for (int width : {1, 300, 900}) expectDefinition(random.image<T>(width, 2), kernel, random);
+  }
+}
+
 TYPED_TEST(GrayMorphology, OneCellAddsItsValue) {
   using T = TypeParam;
   Random random;

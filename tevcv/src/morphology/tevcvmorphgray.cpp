@@ -1,17 +1,19 @@
 // Grey-scale dilation and erosion: the extremum of source + kernel over all cells of a kernel of values.
 //
-// A row of results is folded cell by cell of the kernel, in row-major order, straight in the destination. Where no cell
-// reaches over the region's sides, eight cells are taken in one pass over a stretch of the row. In the margins a cell
-// is taken alone, in three stretches: the left edge pixel repeated, the inside, the right edge pixel repeated.
+// A row of results is folded by the kernel's cells in row-major order, straight in the destination, eight cells in one
+// pass over a stretch of the row. Where no cell reaches over the region's sides the source is read directly, in the
+// margins through small copies that go on with the edge pixels.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <type_traits>
 
 #include "frame/arithmetic.h"
 #include "frame/checks.h"
 #include "frame/rows.h"
+#include "morphology/blocks.h"
 #include "morphology/extremum.h"
 #include "tevcv/memory.h"
 #include "tevcv/morphology.h"
@@ -96,18 +98,46 @@ void foldTaps(const Tap<T>* taps, T* dst, int from, int to) {
   }
 }
 
-// One cell in the margins: positions left of `insideFrom` read the left edge pixel, from `insideTo` on the right one.
+// Cells on their way into a stretch of a row, eight at a time.
 template <class Best, class T>
-void foldClamped(const T* src, int width, std::ptrdiff_t shift, const typename Gray<T>::CellSum& sum, T* dst, int from,
-                 int to) {
-  const auto position = [&](std::ptrdiff_t x) { return static_cast<int>(std::clamp<std::ptrdiff_t>(x, from, to)); };
-  const int insideFrom = position(-shift), insideTo = std::max(insideFrom, position(width - shift));
-  const T left = sum(src[0]), right = sum(src[width - 1]);
-  for (int x = from; x < insideFrom; ++x) dst[x] = Best::of(dst[x], left);
-#pragma GCC ivdep
-  for (int x = insideFrom; x < insideTo; ++x) dst[x] = Best::of(dst[x], sum(src[x + shift]));
-  for (int x = insideTo; x < to; ++x) dst[x] = Best::of(dst[x], right);
-}
+class Fold {
+ public:
+  Fold(T* dst, int from, int to) : dst_(dst), from_(from), to_(to) {}
+
+  void add(const T* pixels, typename Gray<T>::Cell value) {
+    taps_[count_++] = {pixels, typename Gray<T>::CellSum(value)};
+    if (count_ == group) run<group>();
+  }
+  // Has to be called before the pixels that were added change, and at the end.
+  void finish() {
+    if (count_ == 1) {  // what a square of odd side leaves
+      run<1>();
+    } else if (count_ > 1) {
+      // The last cell stands in for the missing ones: it is no better than itself.
+      std::fill(taps_ + count_, taps_ + group, taps_[count_ - 1]);
+      run<group>();
+    }
+  }
+
+ private:
+  static constexpr int group = 8;
+
+  template <int count>
+  void run() {
+    if (first_)
+      foldTaps<Best, count, true>(taps_, dst_, from_, to_);
+    else
+      foldTaps<Best, count, false>(taps_, dst_, from_, to_);
+    first_ = false;
+    count_ = 0;
+  }
+
+  Tap<T> taps_[group];
+  int count_ = 0;
+  bool first_ = true;
+  T* dst_;
+  int from_, to_;
+};
 
 // The source row under row i of the kernel for results of row y. The sum is formed wide: a kernel may be taller than
 // any image.
@@ -125,45 +155,51 @@ const auto* kernelRow(const TevMorphGrayState& state, int i) {
 // A stretch of a row whose results reach over neither side.
 template <class Best, class T>
 void foldInside(Rows<const T> src, int height, const TevMorphGrayState& state, int y, T* dst, int from, int to) {
-  constexpr int group = 8;
-  Tap<T> taps[group];
-  int count = 0;
-  bool first = true;
-  const auto fold = [&](auto size) {
-    if (first)
-      foldTaps<Best, size, true>(taps, dst, from, to);
-    else
-      foldTaps<Best, size, false>(taps, dst, from, to);
-    first = false;
-    count = 0;
-  };
+  Fold<Best, T> fold(dst, from, to);
   for (int i = 0; i < state.height; ++i) {
     const T* const pixels = rowUnder(src, height, state, y, i) - state.anchorX;
     const auto* const cells = kernelRow<T>(state, i);
-    for (int j = 0; j < state.width; ++j) {
-      taps[count++] = {pixels + j, typename Gray<T>::CellSum(cells[j])};
-      if (count == group) fold(std::integral_constant<int, group>{});
-    }
+    for (int j = 0; j < state.width; ++j) fold.add(pixels + j, cells[j]);
   }
-  if (count == 1) {  // what a square of odd side leaves
-    fold(std::integral_constant<int, 1>{});
-  } else if (count > 1) {
-    // The last cell stands in for the missing ones: it is no better than itself.
-    std::fill(taps + count, taps + group, taps[count - 1]);
-    fold(std::integral_constant<int, group>{});
-  }
+  fold.finish();
 }
 
+// dst[k] = row[start + k], going on with the edge pixels on both sides.
+template <class T>
+void copyClamped(const T* row, int width, std::int64_t start, T* dst, int count) {
+  const int left = static_cast<int>(std::clamp<std::int64_t>(-start, 0, count));
+  const int inside = static_cast<int>(std::clamp<std::int64_t>(width - start, left, count));
+  std::fill(dst, dst + left, row[0]);
+  if (left < inside) std::copy_n(row + static_cast<std::ptrdiff_t>(start + left), inside - left, dst + left);
+  std::fill(dst + inside, dst + count, row[width - 1]);
+}
+
+// A stretch of a row that reads through copies of pieces of the source rows. Whole vectors are done, into a copy as
+// well: margins are short, and most of one would be left to single pixels.
 template <class Best, class T>
 void foldMargin(Rows<const T> src, TevSize roi, const TevMorphGrayState& state, int y, T* dst, int from, int to) {
-  if (from >= to) return;
-  std::fill(dst + from, dst + to, start<Best, T>);
-  for (int i = 0; i < state.height; ++i) {
-    const T* const pixels = rowUnder(src, roi.height, state, y, i);
-    const auto* const cells = kernelRow<T>(state, i);
-    for (int j = 0; j < state.width; ++j)
-      foldClamped<Best>(pixels, roi.width, std::ptrdiff_t{j} - state.anchorX, typename Gray<T>::CellSum(cells[j]), dst,
-                        from, to);
+  constexpr int piece = 256, vector = 32 / int{sizeof(T)};
+  T pixels[8 * piece], results[piece];
+  for (int x = from; x < to; x += piece) {
+    const int count = std::min(piece, to - x), folded = roundUp(count, vector);
+    Fold<Best, T> fold(results, 0, folded);
+    T* copy = pixels;
+    for (int i = 0; i < state.height; ++i) {
+      const auto* const cells = kernelRow<T>(state, i);
+      for (int j = 0; j < state.width; j += piece) {
+        const int columns = std::min(piece, state.width - j), length = folded + columns - 1;
+        if (length > std::end(pixels) - copy) {
+          fold.finish();
+          copy = pixels;
+        }
+        copyClamped(rowUnder(src, roi.height, state, y, i), roi.width, std::int64_t{x} + j - state.anchorX, copy,
+                    length);
+        for (int k = 0; k < columns; ++k) fold.add(copy + k, cells[j + k]);
+        copy += length;
+      }
+    }
+    fold.finish();
+    std::copy_n(results, count, dst + x);
   }
 }
 
