@@ -122,6 +122,65 @@ TEV_API TevStatus teviEigenValsVecs_32f_C1R(const Tev32f* src, int srcStep, Tev3
                                             int avgWindow, Tev8u* buffer);
 /** @} */
 
+/**
+ * @name Canny edges
+ * Marks edges with 255 and all else with 0, from the horizontal and vertical derivatives `dx` and `dy` (J. Canny, "A
+ * computational approach to edge detection", 1986). With the magnitude m = |dx| + |dy|, 0 where it does not pass
+ * `lowThreshold`, a pixel is a candidate where m is a maximum along the gradient, taken to the nearest of four
+ * directions: above the neighbour on the top or left side, and not below the one on the other (in the diagonal
+ * directions above both). An edge is a set of candidates that touch by a side or corner, one of them at least with
+ * m > `highThreshold`.
+ *
+ * All images are `roiSize` pixels of one channel, their values in one unit with the thresholds; 0 <= `lowThreshold` <=
+ * `highThreshold`, and for 16-bit derivatives `lowThreshold` loses its fraction. The bytes of `dst` behind a row's
+ * pixels are cleared up to its step, behind the last row too. `buffer` holds as many bytes as teviCannyGetSize() gives,
+ * at any address.
+ * @return The search: #tevStatusNullPtr, #tevStatusBadSize, #tevStatusBadStep (a step shorter than the row),
+ *         #tevStatusStepNotAligned (`dxStep`, `dyStep`), #tevStatusBadArg (thresholds out of range or order, or NaN),
+ * in that order. The query: #tevStatusNullPtr, #tevStatusBadSize.
+ * @{
+ */
+TEV_API TevStatus teviCannyGetSize(TevSize roiSize, int* bufferSize);
+TEV_API TevStatus teviCanny_16s8u_C1R(const Tev16s* dx, int dxStep, const Tev16s* dy, int dyStep, Tev8u* dst,
+                                      int dstStep, TevSize roiSize, Tev32f lowThreshold, Tev32f highThreshold,
+                                      Tev8u* buffer);
+TEV_API TevStatus teviCanny_32f8u_C1R(const Tev32f* dx, int dxStep, const Tev32f* dy, int dyStep, Tev8u* dst,
+                                      int dstStep, TevSize roiSize, Tev32f lowThreshold, Tev32f highThreshold,
+                                      Tev8u* buffer);
+/** @} */
+
+/** The line of all points with x cos(theta) + y sin(theta) = rho, from the top-left pixel of the region. */
+typedef struct TevPolarLine {
+  Tev32f rho;   /**< distance from the origin in pixels, negative on its far side */
+  Tev32f theta; /**< angle in radians, from 0 to pi */
+} TevPolarLine;
+
+/**
+ * @name Hough lines
+ * Finds straight lines in a binary image (R. O. Duda and P. E. Hart, "Use of the Hough transformation to detect lines
+ * and curves in pictures", 1972). Each non-zero pixel (x, y) votes, for every angle theta = i * `thetaStep` up to about
+ * pi, for the distance rho = x cos(theta) + y sin(theta), rounded to a multiple of `rhoStep` with halves away from
+ * zero. A line has more than `threshold` votes, more than its neighbours of lower rho and lower theta, and no fewer
+ * than those of higher ones. A line near theta 0 may be found at pi too.
+ *
+ * `src` is `roiSize` pixels of one channel. `rhoStep` is in pixels, at most width + height; `thetaStep` in radians, at
+ * most pi; `threshold` is at least 1. `lines` receives the at most `maxLineCount` lines with most votes, by descending
+ * votes and among equal ones in the order of theta, then rho; `lineCount` their number. `buffer` holds as many bytes as
+ * the query gives for the same arguments, at any address.
+ * @return The search: #tevStatusNullPtr, #tevStatusBadStep (`srcStep` below 1; it is not held against the width),
+ *         #tevStatusBadSize (a size or `maxLineCount` below 1), #tevStatusBadArg, in that order;
+ *         #tevStatusMoreLinesWarning where `lines` holds only the first of the lines found.
+ *         The query: #tevStatusNullPtr, #tevStatusBadSize, #tevStatusBadArg (a step not above 0);
+ *         #tevStatusSizeWarning where the size passes 2147483647, with the size stored modulo 2^32.
+ * @{
+ */
+TEV_API TevStatus teviHoughLineGetSize_8u_C1R(TevSize roiSize, Tev32f rhoStep, Tev32f thetaStep, int maxLineCount,
+                                              int* bufferSize);
+TEV_API TevStatus teviHoughLine_8u32f_C1R(const Tev8u* src, int srcStep, TevSize roiSize, Tev32f rhoStep,
+                                          Tev32f thetaStep, int threshold, TevPolarLine* lines, int maxLineCount,
+                                          int* lineCount, Tev8u* buffer);
+/** @} */
+
 /** @} */
 
 #endif
