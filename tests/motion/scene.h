@@ -27,6 +27,8 @@ kit::Image<Tev8u, channels> frame(int number, int width, int height, kit::Random
             break;
           case 2:
             value = base + (number / (1 + y % 3) % 2 ? 60 : 0) + random.between(-2, 2);
+            if (y % 2)
+              value = x % 3 == 0 ? 90 + 60 * (number % 2) : x % 3 == 1 ? 90 : 4;  // a lamp between still things
             break;
           default:
             value = random.oneIn(6) ? random.between(0, 255) : base / 16;  // near the modes that were never used
