@@ -541,7 +541,7 @@ TYPED_TEST(HaarApply, EqualsTheDefinitionOnRandomTables) {
   Random random;
   for (int trial = 0; trial < 120; ++trial) {
     const bool wild = trial % 3 == 0;
-    const TevSize roi = {random.between(1, 50), random.between(1, 5)};
+    const TevSize roi = {random.between(1, 80), random.between(1, 5)};
     const auto description = randomDescription<W>(random, random.between(0, 9), false, wild);
     if (description.counts.empty()) continue;
     const auto state = description.build(), tilted = randomDescription<W>(random, 4, true, wild).build(true);
@@ -551,7 +551,7 @@ TYPED_TEST(HaarApply, EqualsTheDefinitionOnRandomTables) {
       ASSERT_EQ(teviTiltHaarFeatures_32f(select.data(), trial & 2, state.get()), tevStatusOk);
     }
     for (const auto* stage : {state.get(), tilted.get()}) {
-      Scene<TypeParam> scene(random, roi, random.between(1, 12), wild);
+      Scene<TypeParam> scene(random, roi, random.oneIn(3) ? 1000 : random.between(1, 12), wild);
       const W threshold = wild ? random.value<W>() : static_cast<W>(random.between(-8, 8));
       const int scale = TypeParam::mixed ? -random.between(0, 3) : random.between(-40, 40);
       const auto expected = scene.expected(*stage, threshold, scale);

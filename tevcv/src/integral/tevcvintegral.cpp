@@ -38,14 +38,16 @@ struct Squares {
 template <class Terms>
 class RunningSums {
  public:
-  static constexpr int capacity = 1024;
+  static constexpr int capacity = 512;
 
   // The sums of the first pixel, the first two, ... of n <= capacity pixels.
   const Tev32s* over(const Tev8u* pixels, int n) {
     auto* const v = values_ + window;
     auto* const four = fours_ + window;
     auto* const running = running_ + window;
+#pragma GCC ivdep
     for (int x = 0; x < n; ++x) v[x] = Terms::of(pixels[x]);
+#pragma GCC ivdep
     for (int x = 0; x < n; ++x) four[x] = static_cast<WindowSum>(v[x] + v[x - 1] + v[x - 2] + v[x - 3]);
     for (int x = 0; x < n; ++x)
       running[x] = running[x - window] + static_cast<WindowSum>(four[x] + four[x - 4] + four[x - 8] + four[x - 12]);
