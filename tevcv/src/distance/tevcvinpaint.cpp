@@ -232,13 +232,14 @@ void sumByGradient(const Crop<channels>& c, int x, int y, Sums<Real> (&sums)[cha
     const Real level = Real{gradientStep} / (std::fabs(*n.distance - distance) + 1);
     const Real a = std::fabs(direction * level * weight.gradient());
     for (int channel = 0; channel < channels; ++channel) {
-      const int gx = n.gradient[2 * channel] * minusDx, gy = n.gradient[2 * channel + 1] * minusDy;
+      const int gx = n.gradient[2 * channel], gy = n.gradient[2 * channel + 1];
       Sums<Real>& sum = sums[channel];
       sum.value += a * n.value[channel];
       sum.weight += a;
-      sum.gx -= a * gx;
-      sum.gy -= a * gy;
-      sum.spread += a * (std::abs(gx) + std::abs(gy));
+      // Each factor by itself: in a symmetric surrounding all terms cancel, and what rounding leaves gives the sign.
+      sum.gx -= a * gx * minusDx;
+      sum.gy -= a * gy * minusDy;
+      sum.spread += a * (std::abs(gx * minusDx) + std::abs(gy * minusDy));
       ++sum.terms;
     }
   });
