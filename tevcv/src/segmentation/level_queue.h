@@ -2,6 +2,7 @@
 // caller's buffer. A pixel joins a queue at most once, so a node a pixel is enough.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -15,9 +16,10 @@ class LevelQueue {
  public:
   static constexpr int levels = 256;
 
-  LevelQueue(WSNode* nodes, TevSize roi) : free_(ownAllocWSNodes(nodes, 0, roi.width, roi.height)) {}
+  LevelQueue(WSNode* nodes, TevSize roi) : unused_(nodes), end_(nodes + std::ptrdiff_t{roi.width} * roi.height) {}
 
   void append(int level, std::uint32_t labelIndex, std::uint32_t sourceIndex) {
+    if (!free_) linkMore();
     WSNode* const node = free_;
     free_ = node->next;
     *node = {nullptr, labelIndex, sourceIndex};
@@ -27,11 +29,12 @@ class LevelQueue {
   }
 
   // The pixel that has waited longest on a level that is not empty. Its node is the next one to be used again, warm in
-  // the cache.
+  // the cache; the node behind it may have waited long, so it is called for ahead of its turn.
   WSNode take(int level) {
     WSNode* const node = lists_[level].head;
     const WSNode taken = *node;
     lists_[level].head = taken.next;
+    __builtin_prefetch(taken.next);
     node->next = free_;
     free_ = node;
     return taken;
@@ -48,8 +51,18 @@ class LevelQueue {
     WSNode* head;
     WSNode* tail;  // counts while there is a head
   };
+
+  // Few pixels wait at a time: nodes are linked as they are first needed, and most of the pool is never touched.
+  void linkMore() {
+    const int count = static_cast<int>(std::min<std::ptrdiff_t>(end_ - unused_, 512));
+    free_ = ownAllocWSNodes(unused_, 0, count, 1);
+    unused_ += count;
+  }
+
   List lists_[levels] = {};
-  WSNode* free_;
+  WSNode* free_ = nullptr;
+  WSNode* unused_;
+  WSNode* end_;
 };
 
 // The neighbours of a pixel in the order in which the floods visit them: the straight ones first.
@@ -57,6 +70,17 @@ struct Neighbour {
   int dx, dy;
 };
 inline constexpr Neighbour neighbours[8] = {{-1, 0}, {1, 0}, {0, -1}, {0, 1}, {-1, -1}, {1, -1}, {-1, 1}, {1, 1}};
+
+constexpr std::ptrdiff_t offsetTo(int k, std::ptrdiff_t pitch) { return neighbours[k].dy * pitch + neighbours[k].dx; }
+
+// The unlabelled ones among the first `count` neighbours, bit k for neighbour k. Most pixels of a flood have none or
+// one: going through a set of them branches less often than a look at each.
+template <int count>
+unsigned unlabelledNeighbours(const Tev8u* label, std::ptrdiff_t pitch) {
+  unsigned open = 0;
+  for (int k = 0; k < count; ++k) open |= unsigned{label[offsetTo(k, pitch)] == 0} << k;
+  return open;
+}
 
 // Where the pixels of the nodes lie: in a label image of `pitch` bytes a row with `border` pixels around the region,
 // and in the source.
@@ -69,9 +93,8 @@ class PixelMap {
         border_(border),
         wide_(std::int64_t{srcStep} * roi.height > UINT32_MAX) {
     for (int k = 0; k < 8; ++k) {
-      const auto [dx, dy] = neighbours[k];
-      label_[k] = dy * pitch_ + dx;
-      source_[k] = dy * srcStep_ + dx * channels;
+      label_[k] = offsetTo(k, pitch_);
+      source_[k] = neighbours[k].dy * srcStep_ + neighbours[k].dx * channels;
     }
   }
 

@@ -4,11 +4,11 @@
 // and takes its label only as it leaves: that of the labelled neighbour nearest in grey value by then. Unlike a
 // flood's, the current level falls wherever a pixel finds a neighbour more like itself.
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
-#include "frame/arithmetic.h"
 #include "frame/checks.h"
 #include "frame/rows.h"
 #include "segmentation/level_queue.h"
@@ -24,8 +24,8 @@ constexpr Tev8u boundary = 254;
 constexpr Tev8u waiting = 255;  // or outside
 constexpr int noKey = 256;
 
-bool isLabelled(Tev8u label) { return label != 0 && label != waiting; }
-bool isSegment(Tev8u label) { return label != 0 && label < boundary; }
+bool isLabelled(Tev8u label) { return (label != 0) & (label != waiting); }
+bool isSegment(Tev8u label) { return (label != 0) & (label < boundary); }
 
 // How much two pixels differ: the largest difference of a channel.
 template <int channels>
@@ -53,29 +53,29 @@ void queueSeeds(LevelQueue& queue, const PixelMap& map, Rows<const Tev8u> src, T
     }
 }
 
-// The label of the labelled neighbour that differs least; of equals the last, but a boundary only where it comes first.
+// The label of the labelled neighbour that differs least; of equals the last, but a boundary only where it is alone.
+// One word a neighbour puts that order into a minimum: the difference, whether it is boundary, how early it stands, its
+// label.
 template <int channels, int reach>
 Tev8u nearestLabel(const Tev8u* label, const Tev8u* pixel, const PixelMap& map) {
-  Tev8u nearest = waiting;
-  int least = noKey;
+  constexpr unsigned none = unsigned{noKey} << 12 | waiting;
+  unsigned nearest = none;
   for (int k = 0; k < reach; ++k) {
     const Tev8u other = label[map.toLabel(k)];
-    if (!isLabelled(other)) continue;
-    const int difference = key<channels>(pixel, pixel + map.toSource(k));
-    if (difference < least || (difference == least && other < boundary)) {
-      nearest = other;
-      least = difference;
-    }
+    const auto difference = static_cast<unsigned>(key<channels>(pixel, pixel + map.toSource(k)));
+    const unsigned word = difference << 12 | unsigned{other == boundary} << 11 | unsigned(7 - k) << 8 | other;
+    nearest = std::min(nearest, isLabelled(other) ? word : none);
   }
-  return nearest;
+  return static_cast<Tev8u>(nearest);
 }
 
 bool touchesAnotherSegment(const Tev8u* label, const PixelMap& map, int count) {
+  bool touches = false;
   for (int k = 0; k < count; ++k) {
     const Tev8u other = label[map.toLabel(k)];
-    if (isSegment(other) && other != *label) return true;
+    touches |= isSegment(other) & (other != *label);
   }
-  return false;
+  return touches;
 }
 
 template <int channels, int reach>
@@ -86,13 +86,12 @@ void grow(LevelQueue& queue, const PixelMap& map, const Tev8u* src, Tev8u* label
     const Tev8u* const pixel = src + map.sourceOffset(node);
     *p = nearestLabel<channels, reach>(p, pixel, map);
     if (touchesAnotherSegment(p, map, sight)) *p = boundary;
-    for (int k = 0; k < reach; ++k) {
-      Tev8u* const q = p + map.toLabel(k);
-      if (*q != 0) continue;
+    for (unsigned open = unlabelledNeighbours<reach>(p, map.pitch()); open != 0; open &= open - 1) {
+      const int k = std::countr_zero(open);
+      p[map.toLabel(k)] = waiting;
       const int difference = key<channels>(pixel, pixel + map.toSource(k));
       queue.append(difference, node.labelIndex + static_cast<std::uint32_t>(map.toLabel(k)),
                    node.sourceIndex + static_cast<std::uint32_t>(map.toSource(k)));
-      *q = waiting;
       level = std::min(level, difference);
     }
   }

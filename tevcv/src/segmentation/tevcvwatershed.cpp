@@ -9,11 +9,10 @@
 // from left to right and back, relax the costs until nothing changes; a pixel remembers in which direction its path
 // goes and takes the label found there. Flags keep later sweeps to the surroundings of what has changed.
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
-#include "frame/arithmetic.h"
 #include "frame/checks.h"
 #include "frame/rows.h"
 #include "segmentation/level_queue.h"
@@ -44,20 +43,14 @@ enum class Bound { none, four, eight };
 // they carry several or none. The pixel that water comes from is among them. Whether one starts from its label and
 // looks at the others in turn, or takes them all together, comes to the same.
 template <int count>
-Tev8u commonLabel(const Tev8u* pixel, const PixelMap& map) {
+Tev8u commonLabel(const Tev8u* pixel, std::ptrdiff_t pitch) {
   Tev8u least = 255, most = 0;
   for (int k = 0; k < count; ++k) {
-    const Tev8u label = pixel[map.toLabel(k)];
+    const Tev8u label = pixel[offsetTo(k, pitch)];
     least = std::min<Tev8u>(least, label == 0 ? 255 : label);
     most = std::max<Tev8u>(most, label == 255 ? 0 : label);
   }
   return least == most ? least : boundary;
-}
-
-bool touchesUnlabelled(const Tev8u* pixel, const PixelMap& map, int count) {
-  for (int k = 0; k < count; ++k)
-    if (pixel[map.toLabel(k)] == 0) return true;
-  return false;
 }
 
 bool touchesAnotherLabel(const Tev8u* pixel, const PixelMap& map, int count) {
@@ -72,13 +65,14 @@ bool touchesAnotherLabel(const Tev8u* pixel, const PixelMap& map, int count) {
 // become boundary no longer counts for those after it.
 void queueMarkers(LevelQueue& queue, const PixelMap& map, Rows<const Tev8u> src, Tev8u* labels, TevSize roi, int norm,
                   std::uint32_t flags) {
-  const int reach = norm == tevWatershedNormCity ? 4 : 8, sight = flags & tevWatershedBound8 ? 8 : 4;
+  const unsigned reach = norm == tevWatershedNormCity ? 0x0F : 0xFF;
+  const int sight = flags & tevWatershedBound8 ? 8 : 4;
   for (int y = 0; y < roi.height; ++y)
     for (int x = 0; x < roi.width; ++x) {
       const std::uint32_t index = map.labelIndex(x, y);
       Tev8u* const pixel = labels + index;
       if (*pixel == 0) continue;
-      if (touchesUnlabelled(pixel, map, reach)) queue.append(src[y][x], index, map.sourceIndex(x, y));
+      if (unlabelledNeighbours<8>(pixel, map.pitch()) & reach) queue.append(src[y][x], index, map.sourceIndex(x, y));
       if ((flags & boundaries) && *pixel != boundary && touchesAnotherLabel(pixel, map, sight)) *pixel = boundary;
     }
 }
@@ -89,16 +83,16 @@ void flood(LevelQueue& queue, const PixelMap& map, const Tev8u* src, Tev8u* labe
     const WSNode node = queue.take(level);
     Tev8u* const p = labels + node.labelIndex;
     const Tev8u* const height = src + map.sourceOffset(node);
-    for (int k = 0; k < reach; ++k) {
+    for (unsigned open = unlabelledNeighbours<reach>(p, map.pitch()); open != 0; open &= open - 1) {
+      const int k = std::countr_zero(open);
       Tev8u* const q = p + map.toLabel(k);
-      if (*q != 0) continue;
       queue.append(std::max<int>(level, height[map.toSource(k)]),
                    node.labelIndex + static_cast<std::uint32_t>(map.toLabel(k)),
                    node.sourceIndex + static_cast<std::uint32_t>(map.toSource(k)));
       if constexpr (bound == Bound::none)
         *q = *p;
       else
-        *q = commonLabel < bound == Bound::four ? 4 : 8 > (q, map);
+        *q = commonLabel < bound == Bound::four ? 4 : 8 > (q, map.pitch());
     }
   }
 }
@@ -150,7 +144,7 @@ template <Direction... from>
 struct Candidates {};
 
 template <int norm, Direction... from>
-Way cheapest(Candidates<from...>, const Tev32s* cost, std::ptrdiff_t pitch, Tev8u level) {
+[[gnu::always_inline]] inline Way cheapest(Candidates<from...>, const Tev32s* cost, std::ptrdiff_t pitch, Tev8u level) {
   constexpr Direction tried[] = {from...};
   // Unsigned, so that ways over unreached ground may grow beyond 31 bits; they stay there.
   const std::uint32_t through[] = {static_cast<std::uint32_t>(cost[directionY[from] * pitch + directionX[from]]) +
