@@ -174,7 +174,7 @@ int noiseThreshold(const DifferenceCounts& counts) {
     count += h, sum += t * h, sumOfSquares += t * t * h;
     const auto n = static_cast<Extended>(count == 0 ? 1 : count);
     const Extended mean = static_cast<Extended>(sum) / n, meanSquare = static_cast<Extended>(sumOfSquares) / n;
-    greatest = std::fmax(greatest, std::sqrt(meanSquare - mean * mean));
+    if (const Extended deviation = std::sqrt(meanSquare - mean * mean); deviation > greatest) greatest = deviation;
   }
   return static_cast<int>(greatest);
 }
