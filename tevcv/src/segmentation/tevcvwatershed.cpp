@@ -79,6 +79,7 @@ void queueMarkers(LevelQueue& queue, const PixelMap& map, Rows<const Tev8u> src,
 
 template <int reach, Bound bound>
 void flood(LevelQueue& queue, const PixelMap& map, const Tev8u* src, Tev8u* labels) {
+  constexpr int sight = bound == Bound::four ? 4 : 8;
   for (int level = queue.lowest(0); level < LevelQueue::levels; level = queue.lowest(level)) {
     const WSNode node = queue.take(level);
     Tev8u* const p = labels + node.labelIndex;
@@ -89,10 +90,7 @@ void flood(LevelQueue& queue, const PixelMap& map, const Tev8u* src, Tev8u* labe
       queue.append(std::max<int>(level, height[map.toSource(k)]),
                    node.labelIndex + static_cast<std::uint32_t>(map.toLabel(k)),
                    node.sourceIndex + static_cast<std::uint32_t>(map.toSource(k)));
-      if constexpr (bound == Bound::none)
-        *q = *p;
-      else
-        *q = commonLabel < bound == Bound::four ? 4 : 8 > (q, map.pitch());
+      *q = bound == Bound::none ? *p : commonLabel<sight>(q, map.pitch());
     }
   }
 }
@@ -119,8 +117,9 @@ constexpr Tev32s unknownCost = 0x7fc00000;
 constexpr int levelShift = 23;
 static_assert((255 << levelShift) < unknownCost);
 
-// By how much 64 steps of 1/64, the arrival from the earlier of two neighbours alone, are too many when the later one,
-// d steps behind, helps: the upwind solution of the eikonal equation. From 64 on it does not help.
+// The eikonal norm measures Euclidean lengths in units of 1/64 pixel. A pixel is reached 64 after the earlier of its
+// two neighbours, less FMM_SUB[d] where the other one comes d later and helps: the upwind solution of the eikonal
+// equation.
 constexpr std::uint32_t FMM_SUB[] = {19, 18, 18, 17, 17, 16, 16, 15, 15, 14, 14, 14, 13, 13, 12, 12, 11,
                                      11, 11, 10, 10, 9,  9,  9,  8,  8,  8,  7,  7,  7,  6,  6,  6,  5,
                                      5,  5,  4,  4,  4,  4,  3,  3,  3,  3,  2,  2,  2,  2,  2,  1,  1,
