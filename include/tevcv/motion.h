@@ -222,8 +222,8 @@ typedef struct TevForegroundHistogramState {
  *
  * Frames are `roiSize` pixels of one channel or three interleaved ones, the size that the model was made with: a call
  * does not compare them. With a region smaller in width or height, the model's top left part is used. Only `srcStep` is
- * tested. `ref` must not be null and is not used otherwise. A model takes 960 bytes a pixel and its images, at most
- * 2147483647 bytes a block. One model serves one call at a time.
+ * tested. `ref` must not be null and is not used otherwise. A model takes 960 bytes a pixel (972 in 64-bit programs)
+ * and its images, at most 2147483647 bytes a block. One model serves one call at a time.
  *
  * Literature: L. Li, W. Huang, I. Y. H. Gu, Q. Tian, "Foreground Object Detection from Videos Containing Complex
  * Background", 2003; P. L. Rosin, "Thresholding for Change Detection", 1998.
