@@ -143,8 +143,10 @@ typedef struct TevInpaintState TevInpaintState;
  *                          1 is added along the sign of the summed image gradients, at most sqrt(2) grey levels
  *     tevInpaintIsophote:  w = |r x G(n)| / (|G(n)| |r| (|r|^4 + 1)),      G the gradient's magnitudes per axis
  *
- * Gradients never look at unknown pixels. Where the weights sum to less than 0.0001 the known ones of the four
- * neighbours are averaged. Channels are filled one by one, with the weights of the first method in common.
+ * No gradient looks at an unknown neighbour. One that was taken before its pixel was filled stays, so that with
+ * #tevInpaintGradient what stood in the hole may tell by a level or two. Where the weights sum to less than 0.0001 the
+ * known ones of the four neighbours are averaged. Channels are filled one by one, with the weights of the first method
+ * in common.
  *
  * `...InitAlloc` makes a state from `mask` and `distances`, both `roiSize` pixels; the distances are those of
  * teviFastMarching_8u32f_C1R on the mask, above 0 on every masked pixel (a masked pixel without such a distance stays

@@ -351,6 +351,8 @@ void inpaint(const TevInpaintState& s, Tev8u* dst, int dstStep) {
     if (!fillPixel<Tev64f, channels, method>(c, x, y, filled)) fillPixel<Extended, channels, method>(c, x, y, filled);
     std::copy_n(filled, channels, rows(c.image, c.step)[y] + x * channels);
     rows(s.workMask, s.maskStride)[y][x] = 0;
+    // The neighbours that are still unknown get a gradient too, from what stands in the hole; where all around is known
+    // by the time they are filled, it stays. Stored results depend on that.
     Gradient::point(c.image, c.step, s.workMask, s.maskStride, s.imageGradient, s.gradStride, s.cropWidth, s.cropHeight,
                     x, y);
   }
