@@ -4,6 +4,7 @@
 // The image streams through four rotating rows of magnitudes, |dx| + |dy| or 0 where that does not pass the low
 // threshold. Each row is worked in three steps that run in vectors: the direction of each gradient, the comparison with
 // the two neighbours in that direction, and the search for strong pixels, from which the edges then grow.
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstddef>
@@ -67,7 +68,8 @@ enum Direction : Tev8u {
 };
 
 constexpr Tev8u direction(bool straight, bool steep, bool signsDiffer) {
-  return static_cast<Tev8u>(straight ? (steep ? alongColumn : alongRow) : (signsDiffer ? rising : falling));
+  const int axis = alongRow + steep, diagonal = falling + signsDiffer;
+  return static_cast<Tev8u>(straight ? axis : diagonal);
 }
 
 // A direction is straight where |dy| > (1 + sqrt 2) |dx|, the tangent of 67.5 degrees, or |dy| < (sqrt 2 - 1) |dx|; as
@@ -98,6 +100,16 @@ void directionRow(const Tev32f* dx, const Tev32f* dy, Tev8u* directions, int wid
   }
 }
 
+// A row is worked in blocks, and most blocks of most pictures hold nothing above the low threshold.
+constexpr int block = 64;
+
+template <class M>
+bool anyNonZero(const M* magnitudes, int length) {
+  Tev32s bits = 0;
+  for (int x = 0; x < length; ++x) bits |= std::bit_cast<Tev32s>(magnitudes[x]);
+  return bits != 0;
+}
+
 // Turns the row's directions into candidates, 128 at a local maximum and 0 elsewhere, and marks the strong ones in
 // `dst`. A plateau keeps its first pixel from the top or left in the straight directions and none in the diagonal ones:
 // callers have edge maps stored that were thinned by this asymmetric rule. No magnitude is negative, so that a pixel
@@ -106,19 +118,19 @@ template <class M>
 void thinRow(const M* above, const M* row, const M* below, Tev8u* map, Tev8u* dst, int width, Tev32f high) {
 #pragma GCC ivdep
   for (int x = 0; x < width; ++x) {
-    const Tev8u d = map[x];
+    const Tev32s d = map[x];
     const M m = row[x];
-    const M minus = d == alongRow      ? row[x - 1]
-                    : d == alongColumn ? above[x]
-                    : d == falling     ? above[x - 1]
-                                       : above[x + 1];
-    const M plus = d == alongRow      ? row[x + 1]
-                   : d == alongColumn ? below[x]
-                   : d == falling     ? below[x + 1]
-                                      : below[x - 1];
-    const bool maximum = (m > minus) & ((m > plus) | ((d <= alongColumn) & (m == plus)));
-    map[x] = maximum ? 128 : 0;
-    dst[x] = maximum & (static_cast<Tev32f>(m) > high) ? 255 : 0;
+    const M left = row[x - 1], right = row[x + 1], top = above[x], bottom = below[x];
+    const M topLeft = above[x - 1], topRight = above[x + 1], bottomLeft = below[x - 1], bottomRight = below[x + 1];
+    const M straightMinus = d == alongRow ? left : top, straightPlus = d == alongRow ? right : bottom;
+    const M diagonalMinus = d == falling ? topLeft : topRight, diagonalPlus = d == falling ? bottomRight : bottomLeft;
+    const M minus = d <= alongColumn ? straightMinus : diagonalMinus;
+    const M plus = d <= alongColumn ? straightPlus : diagonalPlus;
+    const Tev32s higher = m > plus ? -1 : 0, equal = m == plus ? -1 : 0, straight = d <= alongColumn ? -1 : 0;
+    const Tev32s maximum = (m > minus ? -1 : 0) & (higher | (equal & straight));
+    const Tev32s strong = maximum & (static_cast<Tev32f>(m) > high ? -1 : 0);
+    map[x] = static_cast<Tev8u>(maximum & 128);
+    dst[x] = static_cast<Tev8u>(strong);
   }
 }
 
@@ -132,12 +144,17 @@ void grow(const Tev8u* edgeMap, Word* stack, int words, int width, Tev8u* dst, i
   std::ptrdiff_t top = words;
   while (top > 0) {
     const std::ptrdiff_t x = stack[--top], y = stack[--top];
-    for (TevPoint n : neighbours)
-      if (map[y + n.y][x + n.x + 1] >= 128 && edges[y + n.y][x + n.x] == 0) {
-        stack[top++] = static_cast<Word>(y + n.y);
-        stack[top++] = static_cast<Word>(x + n.x);
-        edges[y + n.y][x + n.x] = 255;
-      }
+    // Few neighbours are candidates: they are found without a branch, and only they are visited.
+    unsigned candidates = 0;
+    for (unsigned i = 0; i < 8; ++i)
+      candidates |= static_cast<unsigned>(map[y + neighbours[i].y][x + neighbours[i].x + 1] >> 7) << i;
+    for (; candidates != 0; candidates &= candidates - 1) {
+      const TevPoint n = neighbours[std::countr_zero(candidates)];
+      if (edges[y + n.y][x + n.x] != 0) continue;
+      stack[top++] = static_cast<Word>(y + n.y);
+      stack[top++] = static_cast<Word>(x + n.x);
+      edges[y + n.y][x + n.x] = 255;
+    }
   }
 }
 
@@ -184,12 +201,18 @@ int thin(Rows<const T> dx, Rows<const T> dy, Rows<Tev8u> dst, TevSize roi, Tev32
   for (int y = 0; y < roi.height; ++y) {
     if (y + 2 <= roi.height) load(y + 2);
     Tev8u* const map = scratch.map + (y + 1) * pitch + 1;
-    directionRow(dx[y], dy[y], map, roi.width);
-    thinRow(magnitudes(y - 1), magnitudes(y), magnitudes(y + 1), map, dst[y], roi.width, high);
-    forEachNonZero(dst[y], roi.width, [&](int x) {
-      stack[words++] = static_cast<Word>(y);
-      stack[words++] = static_cast<Word>(x);
-    });
+    Tev8u* const edges = dst[y];
+    const M *const above = magnitudes(y - 1), *const row = magnitudes(y), *const below = magnitudes(y + 1);
+    for (int x = 0; x < roi.width; x += block) {
+      const int length = std::min(block, roi.width - x);
+      if (!anyNonZero(row + x, length)) continue;
+      directionRow(dx[y] + x, dy[y] + x, map + x, length);
+      thinRow(above + x, row + x, below + x, map + x, edges + x, length, high);
+      forEachNonZero(edges + x, length, [&](int i) {
+        stack[words++] = static_cast<Word>(y);
+        stack[words++] = static_cast<Word>(x + i);
+      });
+    }
   }
   return static_cast<int>(words);
 }
