@@ -9,7 +9,7 @@ namespace tevcv {
 // for as far as a kernel reaches, however short the line. -1 where the border's constant value stands.
 constexpr int borderIndex(int i, int length, TevBorderType type) {
   if (i >= 0 && i < length) return i;
-  const auto modulo = [](int a, int period) { return (a % period + period) % period; };
+  const auto modulo = [](int a, int period) { return (a % period + period) % period; };  // NOLINT: lengths are above 0
   switch (type) {
     case tevBorderRepl:
       return i < 0 ? 0 : length - 1;

@@ -90,7 +90,7 @@ TevMorphKernelClass classify(const Tev8u* mask, int width, int height, int ancho
     right = std::max(right, past);
     ++count;
   }
-  const int top = runs.rowIndex[0], bottom = runs.rowIndex[count - 1];
+  const int top = runs.rowIndex[0], bottom = runs.rowIndex[count - 1];  // NOLINT: a kernel without runs ended above
   if (anchorY < top || anchorY > bottom) ++irregular;
   shape.width = right - left;
   shape.height = bottom - top + 1;

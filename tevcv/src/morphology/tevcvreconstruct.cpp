@@ -187,7 +187,8 @@ const T* offered(const T* row, int width, T* line) {
     return row;
   } else {
     constexpr bool bytes = std::is_same_v<T, Tev8u>, dilation = std::is_same_v<D, Dilation>;
-    constexpr auto pick = [](auto max8u, auto min8u, auto max32f, auto min32f) {
+    constexpr auto pick = []([[maybe_unused]] auto max8u, [[maybe_unused]] auto min8u, [[maybe_unused]] auto max32f,
+                             [[maybe_unused]] auto min32f) {
       if constexpr (bytes)
         return dilation ? max8u : min8u;
       else
