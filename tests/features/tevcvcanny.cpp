@@ -245,8 +245,7 @@ TEST(CannyDirections, AFloatMinusZeroCountsAsNegative) {
   EXPECT_SAME_IMAGE(edges(minus, one, 0, 0), grid<Tev8u>({{255, 255}, {0, 0}}));
 }
 
-// The pairs nearest to the two limits, for every magnitude: a row of gradients between neighbours that tell the
-// directions apart.
+// The pairs nearest to the two limits, for every magnitude, each between neighbours that tell the directions apart.
 TEST(CannyDirections, OfAll16sMagnitudesNearTheLimitsAreThoseOfTheFactors) {
   std::vector<std::pair<int, int>> pairs;
   for (int a = 0; a <= 32768; ++a) {
@@ -265,7 +264,7 @@ TEST(CannyDirections, OfAll16sMagnitudesNearTheLimitsAreThoseOfTheFactors) {
     dy.set(x, 1, static_cast<Tev16s>(x % 2 ? 0 : -32768));
   }
   EXPECT_SAME_IMAGE(edges(dx, dy, 0, 1), definition(dx, dy, 0, 1));
-  // With 0 above as well only the map's column tells: the neighbours beside are larger, above and below are 0.
+  // Now larger ones stand on the left and right, and zeros in the diagonal directions.
   for (int x = 0; x < width; ++x)
     if (x % 2) dx.set(x, 0, -32768), dy.set(x, 0, -32768), dx.set(x, 1, 0), dy.set(x, 1, 0);
   EXPECT_SAME_IMAGE(edges(dx, dy, 0, 1), definition(dx, dy, 0, 1));
@@ -288,6 +287,12 @@ TEST(CannyDirections, OfFloatsAtTheLimitsAreThoseOfExtendedPrecision) {
     dy.set(x, 0, x % 2 ? 0 : b);
     dx.set(x, 1, x % 2 ? 0 : 1e38F);
     dy.set(x, 1, 0);
+  }
+  EXPECT_SAME_IMAGE(edges(dx, dy, 0, 0), definition(dx, dy, 0, 0));
+  // Now larger ones stand on the left and right alone.
+  for (int x = 0; x < width; ++x) {
+    if (x % 2) dx.set(x, 0, 1e38F);
+    dx.set(x, 1, 0);
   }
   EXPECT_SAME_IMAGE(edges(dx, dy, 0, 0), definition(dx, dy, 0, 0));
 }
