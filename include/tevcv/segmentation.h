@@ -73,7 +73,7 @@ TEV_API TevStatus teviSegmentWatershed_8u_C1IR(const Tev8u* src, int srcStep, Te
  * `buffer` is scratch, at any address, of the length in bytes that the size query gives for `roiSize`.
  * @return The segmentation: #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), #tevStatusBadStep (shorter
  *         than the row), #tevStatusBadArg (`norm` neither 0 nor 1), in that order. The query: #tevStatusNullPtr,
- *         #tevStatusBadSize; a size beyond 31 bits wraps.
+ *         #tevStatusBadSize; a size beyond 31 bits gives the largest `int`.
  * @see R. Adams, L. Bischof, "Seeded region growing", 1994; F. Meyer, "Color image segmentation", 1992.
  * @{
  */

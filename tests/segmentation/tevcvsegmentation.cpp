@@ -183,6 +183,8 @@ TEST(GradientSegmentation, BufferHoldsANodeAndALabelForEachPixel) {
     EXPECT_EQ(bufferSize({1, 1}, channels), perPixel + 103);
     EXPECT_EQ(bufferSize({7, 5}, channels), 35 * perPixel + 103);
     EXPECT_EQ(bufferSize({1920, 1080}, channels), 2073600 * perPixel + 103);
+    EXPECT_EQ(bufferSize({20000, 20000}, channels), INT32_MAX);
+    EXPECT_EQ(bufferSize({INT32_MAX, INT32_MAX}, channels), INT32_MAX);
   }
 }
 

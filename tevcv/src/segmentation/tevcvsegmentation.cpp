@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "frame/arithmetic.h"
 #include "frame/checks.h"
 #include "frame/rows.h"
 #include "segmentation/level_queue.h"
@@ -136,8 +137,8 @@ TevStatus segmentGradient(const Tev8u* src, int srcStep, Tev8u* markers, int mar
 
 TevStatus bufferSizeOf(TevSize roi, int* bufferSize) {
   if (TevStatus s = firstFailure(notNull(bufferSize), region(roi))) return s;
-  const auto pixels = static_cast<std::uint32_t>(roi.width) * static_cast<std::uint32_t>(roi.height);
-  *bufferSize = static_cast<int>(pixels * 9 + 27 + pixels * std::uint32_t{sizeof(void*)} + 76);
+  const std::int64_t pixels = std::min<std::int64_t>(std::int64_t{roi.width} * roi.height, INT32_MAX);
+  *bufferSize = saturate<int>(pixels * 9 + 27 + pixels * std::int64_t{sizeof(void*)} + 76);
   return tevStatusOk;
 }
 
