@@ -8,7 +8,8 @@ namespace {
 
 using bench::hd;
 
-// Derivatives of a picture like a photograph's: tilted rectangles in front of each other, shaded, with some noise.
+// Derivatives to the right and downward of a picture like a photograph's: tilted rectangles in front of each other,
+// shaded, with some noise.
 struct Derivatives {
   std::vector<Tev16s> dx, dy;
 };
@@ -37,10 +38,10 @@ std::shared_ptr<Derivatives> derivatives() {
   d->dx.resize(picture.size());
   d->dy.resize(picture.size());
   int size = 0;
-  teviFilterSobelVertGetBufferSize_8u16s_C1R(hd, tevMskSize3x3, &size);
+  teviFilterSobelNegVertGetBufferSize_8u16s_C1R(hd, tevMskSize3x3, &size);
   std::vector<Tev8u> buffer(static_cast<size_t>(size));
-  teviFilterSobelVertBorder_8u16s_C1R(picture.data(), hd.width, d->dx.data(), hd.width * 2, hd, tevMskSize3x3,
-                                      tevBorderRepl, 0, buffer.data());
+  teviFilterSobelNegVertBorder_8u16s_C1R(picture.data(), hd.width, d->dx.data(), hd.width * 2, hd, tevMskSize3x3,
+                                         tevBorderRepl, 0, buffer.data());
   teviFilterSobelHorizGetBufferSize_8u16s_C1R(hd, tevMskSize3x3, &size);
   buffer.resize(static_cast<size_t>(size));
   teviFilterSobelHorizBorder_8u16s_C1R(picture.data(), hd.width, d->dy.data(), hd.width * 2, hd, tevMskSize3x3,
