@@ -81,30 +81,34 @@ const bool floating = bench::add(
        };
      }});
 
-// Edges of a picture: rings of one or two pixels' width and stray dots, in about 4 percent of the pixels.
-std::shared_ptr<std::vector<Tev8u>> edgeMap() {
+// Edges of a picture: rings of one or two pixels' width in cells of `cell` pixels and stray dots.
+std::shared_ptr<std::vector<Tev8u>> edgeMap(int cell) {
   auto image = bench::noise<Tev8u>();
   std::uint32_t state = 7;
   for (int y = 0; y < hd.height; ++y)
     for (int x = 0; x < hd.width; ++x) {
       state = state * 1664525U + 1013904223U;
-      const int dx = x % 120 - 60, dy = y % 90 - 45, r2 = dx * dx + dy * dy;
-      const bool ring = (r2 >= 40 * 40 && r2 < 41 * 41) || (r2 >= 20 * 20 && r2 < 21 * 21);
+      const int dx = x % cell - cell / 2, dy = y % cell - cell / 2, r2 = dx * dx + dy * dy, r = cell * 2 / 5;
+      const bool ring = (r2 >= r * r && r2 < (r + 1) * (r + 1)) || (r2 >= r * r / 4 && r2 < (r / 2 + 1) * (r / 2 + 1));
       (*image)[static_cast<size_t>(y) * 1920 + static_cast<size_t>(x)] = ring || (state >> 16) % 200 == 0 ? 255 : 0;
     }
   return image;
 }
 
-const bool labels =
-    bench::add({.name = "Label markers on an edge map", .target = 30, .prepare = [] {
-                  auto image = edgeMap(), work = edgeMap();
-                  auto buffer = scratch(teviLabelMarkersGetBufferSize_8u_C1R);
-                  return [=] {
-                    int count = 0;
-                    std::memcpy(work->data(), image->data(), image->size());
-                    teviLabelMarkers_8u_C1IR(work->data(), hd.width, hd, 1, 254, 0, &count, buffer->data());
-                  };
-                }});
+bool labels(const char* name, double target, int cell) {
+  return bench::add({.name = name, .target = target, .prepare = [=] {
+                       auto image = edgeMap(cell), work = edgeMap(cell);
+                       auto buffer = scratch(teviLabelMarkersGetBufferSize_8u_C1R);
+                       return [=] {
+                         int count = 0;
+                         std::memcpy(work->data(), image->data(), image->size());
+                         teviLabelMarkers_8u_C1IR(work->data(), hd.width, hd, 1, 254, 0, &count, buffer->data());
+                       };
+                     }});
+}
+
+// About 5 and 14 percent of the pixels are edges.
+const bool edges[] = {labels("Label markers on an edge map", 30, 90), labels("Label markers, dense edge map", 0, 24)};
 
 bool bounds(const char* name, int norm) {
   return bench::add({.name = name, .prepare = [=] {

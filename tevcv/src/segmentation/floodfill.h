@@ -38,9 +38,12 @@ inline Tev8u* alignedTo8(Tev8u* p) {
 //
 // and leaves the stack itself; the seed, without a parent, finds one more. With a pixel of gap behind each run, a stack
 // of S spans takes N + P + 2 S <= (width + 1) * height in the first two cases, so S <= ((width + 1) * height + 2) / 3.
-// In the last one N + S <= width * height, so S <= (3 * width * height + 1) / 4. Rows that are filled whole between two
-// combs come near to the first bound: a third of all pixels against the quarter that the buffer has for records of 24
-// bytes. With 8 bytes a span both bounds fit every region, whatever the buffer's address.
+// In the last one N + S <= width * height, so S <= (3 * width * height + 1) / 4. With 8 bytes a span both fit every
+// buffer, at any address.
+//
+// The buffer's size counts a quarter of all pixels and records of 24 bytes. That is too little for a row filled whole
+// between two combs, which leaves a third of all pixels on the stack (4 spans, 96 of 86 bytes, in a region of 3 x 3;
+// 1.33 times the buffer at 2000 x 3) and for some square regions (24 spans, 576 of 518 bytes, at 9 x 9).
 //
 // Without a parent the whole back row is looked at again. That finds the same spans in the same order: the parent's
 // pixels are filled and do not pass.
@@ -153,7 +156,7 @@ bool alikeInAllChannels(const T* a, const T* b) {
 }
 
 // An image that is filled, where the rule, a test of one pixel, decides which pixels are taken. A filled pixel must not
-// pass. Runs are mostly either short or long: the first pixels are looked at one by one, then whole blocks, in vectors.
+// pass. The first pixels of a run are looked at one by one, the next ones in blocks of two sizes, in vectors.
 template <class T, int channels, class Rule>
 class FillImage {
  public:
@@ -168,9 +171,10 @@ class FillImage {
   // The first column from x to end - 1 that passes, or end.
   int firstPassing(int y, int x, int end) const {
     const T* const row = rows_[y];
-    for (const int few = std::min(end, x + single); x < few; ++x)
+    for (const int few = x + std::min(single, end - x); x < few; ++x)
       if (passes(row, x)) return x;
-    while (end - x >= block && !anyPasses(row, x)) x += block;
+    while (end - x >= block && !anyPasses<block>(row, x)) x += block;
+    while (end - x >= smallBlock && !anyPasses<smallBlock>(row, x)) x += smallBlock;
     while (x < end && !passes(row, x)) ++x;
     return x;
   }
@@ -184,7 +188,8 @@ class FillImage {
   }
 
  private:
-  static constexpr int single = 8;
+  static constexpr int single = 16;
+  static constexpr int smallBlock = 16;
   static constexpr int block = 64;
 
   bool passes(const T* row, int x) const { return rule_(row + std::ptrdiff_t{x} * channels); }
@@ -192,31 +197,35 @@ class FillImage {
     for (int c = 0; c < channels; ++c) row[std::ptrdiff_t{x} * channels + c] = value_[c];
   }
 
-  // Over `block` pixels from x on, without a branch. The flag is as wide as an element, which suits the vectors best.
+  // Over `count` pixels from x on, without a branch. The flag is as wide as an element, which suits the vectors best.
   using Flag = std::conditional_t<sizeof(T) == 1, Tev8u, Tev32s>;
+  template <int count>
   bool anyPasses(const T* row, int x) const {
     const T* const p = row + std::ptrdiff_t{x} * channels;
     Flag any = 0;
-    for (int i = 0; i < block; ++i) any |= rule_(p + i * channels) ? Flag{1} : Flag{0};
+    for (int i = 0; i < count; ++i) any |= rule_(p + i * channels) ? Flag{1} : Flag{0};
     return any != 0;
   }
+  template <int count>
   bool allPass(const T* row, int x) const {
     const T* const p = row + std::ptrdiff_t{x} * channels;
     Flag fails = 0;
-    for (int i = 0; i < block; ++i) fails |= rule_(p + i * channels) ? Flag{0} : Flag{1};
+    for (int i = 0; i < count; ++i) fails |= rule_(p + i * channels) ? Flag{0} : Flag{1};
     return fails == 0;
   }
+  template <int count>
   void writeBlock(T* row, int x) const {
-    for (int i = 0; i < block; ++i) write(row, x + i);
+    for (int i = 0; i < count; ++i) write(row, x + i);
   }
 
   // Fills from x rightward, and leftward, while pixels pass; returns the first column that is not taken.
   int takeRight(T* row, int x) const {
-    for (const int few = std::min(width_, x + single); x < few; ++x) {
+    for (const int few = x + std::min(single, width_ - x); x < few; ++x) {
       if (!passes(row, x)) return x;
       write(row, x);
     }
-    for (; width_ - x >= block && allPass(row, x); x += block) writeBlock(row, x);
+    for (; width_ - x >= block && allPass<block>(row, x); x += block) writeBlock<block>(row, x);
+    for (; width_ - x >= smallBlock && allPass<smallBlock>(row, x); x += smallBlock) writeBlock<smallBlock>(row, x);
     for (; x < width_ && passes(row, x); ++x) write(row, x);
     return x;
   }
@@ -225,7 +234,9 @@ class FillImage {
       if (!passes(row, x)) return x;
       write(row, x);
     }
-    for (; x + 1 >= block && allPass(row, x + 1 - block); x -= block) writeBlock(row, x + 1 - block);
+    for (; x + 1 >= block && allPass<block>(row, x + 1 - block); x -= block) writeBlock<block>(row, x + 1 - block);
+    for (; x + 1 >= smallBlock && allPass<smallBlock>(row, x + 1 - smallBlock); x -= smallBlock)
+      writeBlock<smallBlock>(row, x + 1 - smallBlock);
     for (; x >= 0 && passes(row, x); --x) write(row, x);
     return x;
   }
