@@ -97,11 +97,11 @@ typedef struct TevConnectedRegion {
  * Fills the connected pixels around `seed` with `newValue`, in place, and describes them in `region`. `4Con` members
  * connect the pixels above, below, left and right, `8Con` members the diagonal ones too. A pixel p joins
  *
- *   | family                | if, in every channel,                                                        |
- *   |-----------------------|------------------------------------------------------------------------------|
- *   | `4Con`, `8Con`        | p equals the seed pixel                                                      |
- *   | `Range4Con`, `Range8Con` | seed - lowerDiff <= p <= seed + upperDiff                                 |
- *   | `Grad4Con`, `Grad8Con`   | q - lowerDiff <= p <= q + upperDiff for a neighbour q that has joined     |
+ *   | family                   | if, in every channel,                                                    |
+ *   |--------------------------|--------------------------------------------------------------------------|
+ *   | `4Con`, `8Con`           | p equals the seed pixel                                                  |
+ *   | `Range4Con`, `Range8Con` | seed - lowerDiff <= p <= seed + upperDiff                                |
+ *   | `Grad4Con`, `Grad8Con`   | q - lowerDiff <= p <= q + upperDiff for a neighbour q that has joined    |
  *
  * `image` is `roiSize` pixels of one or three interleaved channels. Values and differences are passed by value for one
  * channel and as pointers to three elements for three. `region` tells the number of pixels, the new value and the
@@ -111,7 +111,11 @@ typedef struct TevConnectedRegion {
  *
  * In the first two rows a seed that equals the new value ends the call at once, with `image` and `region` untouched.
  * Bounds of bytes are clamped to 0 and 255, those of floats are not rounded to float. A NaN equals everything, is never
- * inside a fixed range and always inside a floating one. A new value inside its own fixed range fills each pixel once.
+ * inside a fixed range and always inside a floating one.
+ *
+ * A new value should lie outside its own fixed range. One inside fills each pixel once; `area` may count pixels twice
+ * then in the `Range8Con` members, where the filled runs form no ring and the run below the seed's (above it in the
+ * last row) reaches beyond the seed run's right end: that run and what hangs on it.
  *
  * A floating range compares old values only and always runs. Runs of pixels grow along a row: to the left each pixel is
  * compared with its neighbour in the run, to the right with that or with the run that it was found from, in the row

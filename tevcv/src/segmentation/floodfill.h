@@ -141,6 +141,10 @@ TevStatus fillArguments(const T* image, int imageStep, TevSize roi, TevPoint see
       failUnless(seed.x >= 0 && seed.x < roi.width && seed.y >= 0 && seed.y < roi.height, tevStatusBadPoint));
 }
 
+// Steps of floats that are merely even pass in the fills that know no floating range: rows advance by whole elements.
+template <class T>
+constexpr int evenStep = sizeof(T) == 1 ? 0 : 1;
+
 // True unless one of two floats is less or greater: NaN is like everything.
 template <class T>
 constexpr bool alike(T a, T b) {

@@ -126,15 +126,11 @@ void fillOnPlane(T* image, int imageStep, TevSize roi, TevPoint seed, const Rule
   filled.store(region, value, channels);
 }
 
-// Callers pass steps of floats that are merely even: rows advance by whole elements.
-template <class T>
-constexpr int stepMask = sizeof(T) == 1 ? 0 : 1;
-
 template <int connectivity, int channels, class T>
 TevStatus fill(T* image, int imageStep, TevSize roi, TevPoint seed, const T* value, const T* lowerDiff,
                const T* upperDiff, TevConnectedRegion* region, Tev8u* buffer) {
   if (TevStatus s =
-          fillArguments(image, imageStep, roi, seed, stepMask<T>, region, buffer, value, lowerDiff, upperDiff))
+          fillArguments(image, imageStep, roi, seed, evenStep<T>, region, buffer, value, lowerDiff, upperDiff))
     return s;
   const T* const pixel = wholeElementRows(image, imageStep)[seed.y] + std::ptrdiff_t{seed.x} * channels;
   if (alikeInAllChannels<T, channels>(pixel, value)) return tevStatusOk;
