@@ -104,22 +104,27 @@ class Scratch {
 
 // Lists the parabolas of the envelope of heights 0..width-1 and returns the index of the last. Two parabolas cross at
 // s, which is formed in Real and rounded where it is stored. The first one never leaves the list: nothing lies before
-// it.
+// it. The fields of the last one stay at hand.
 template <class Real>
 int lowerEnvelope(const Tables& table, const Envelope& e, int width) {
-  int last = 0;
+  const auto offset = [&](int x) { return Real{e.height[x]} + Real{table.square[x]}; };
+  int last = 0, p = 0;
+  Real ofLast = offset(0);
+  Tev32f begin = 0;
   e.parabola[0] = 0;
   for (int x = 1; x < width; ++x) {
-    const Real here = Real{e.height[x]} + Real{table.square[x]};
-    Real s;
-    for (;; --last) {
-      const int p = e.parabola[last];
-      s = (here - Real{e.height[p]} - Real{table.square[p]}) * Real{table.reciprocal[x - p]};
-      if (last == 0 || !(e.begin[last] >= s)) break;
+    const Real here = offset(x);
+    Real s = (here - ofLast) * Real{table.reciprocal[x - p]};
+    while (last > 0 && begin >= s) {
+      p = e.parabola[--last];
+      ofLast = offset(p);
+      begin = e.begin[last];
+      s = (here - ofLast) * Real{table.reciprocal[x - p]};
     }
     ++last;
-    e.parabola[last] = x;
-    e.begin[last] = static_cast<Tev32f>(s);
+    e.parabola[last] = p = x;
+    e.begin[last] = begin = static_cast<Tev32f>(s);
+    ofLast = here;
   }
   return last;
 }
@@ -129,10 +134,15 @@ template <class Real, class Store>
 void squaredDistances(const Tables& table, const Envelope& e, const Tev32f* row, int width, Store store) {
   std::copy_n(row, width, e.height);
   const int last = lowerEnvelope<Real>(table, e, width);
-  for (int x = 0, k = 0; x < width; ++x) {
-    while (k<last&& static_cast<Tev32f>(x)> e.begin[k + 1]) ++k;
+  for (int x = 0, k = 0; x < width; ++k) {
+    // Parabola k counts up to where the next one begins, that pixel included.
     const int p = e.parabola[k];
-    store(x, table.square[x < p ? p - x : x - p], e.height[p]);
+    const Tev32f height = e.height[p];
+    const int end = k == last || e.begin[k + 1] >= static_cast<Tev32f>(width) ? width
+                    : e.begin[k + 1] < static_cast<Tev32f>(x)                 ? x
+                                                                              : static_cast<int>(e.begin[k + 1]) + 1;
+#pragma GCC ivdep
+    for (; x < end; ++x) store(x, squared(x - p), height);
   }
 }
 
