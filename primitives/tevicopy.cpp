@@ -13,7 +13,9 @@ template <class T, int channels>
 TevStatus copy(const T* src, int srcStep, T* dst, int dstStep, TevSize roi) {
   if (TevStatus s = firstFailure(notNull(src, dst), region(roi))) return s;
   const size_t rowBytes = static_cast<size_t>(roi.width) * channels * sizeof(T);
-  for (int y = 0; y < roi.height; ++y) std::memmove(rows(dst, dstStep)[y], rows(src, srcStep)[y], rowBytes);
+  const auto from = wholeElementRows(src, srcStep);
+  const auto to = wholeElementRows(dst, dstStep);
+  for (int y = 0; y < roi.height; ++y) std::memmove(to[y], from[y], rowBytes);
   return tevStatusOk;
 }
 

@@ -57,6 +57,12 @@ struct Pixel {
 template <class T, int channels>
 using PixelOf = std::conditional_t<channels == 1, T, Pixel<T, channels>>;
 
+// Rows of pixels that advance by the step's whole elements, not pixels.
+template <class P, class T>
+Rows<P> pixelRows(T* first, int step) {
+  return {reinterpret_cast<P*>(first), wholeElementRows(first, step).step()};
+}
+
 template <class T, int channels>
 TevStatus copyReplicateBorder(const T* src, int srcStep, TevSize srcRoi, T* dst, int dstStep, TevSize dstRoi, int top,
                               int left) {
@@ -64,8 +70,8 @@ TevStatus copyReplicateBorder(const T* src, int srcStep, TevSize srcRoi, T* dst,
   const Frame f = {srcRoi, dstRoi, top, left};
   if (TevStatus s = firstFailure(notNull(src, dst), positiveStep(srcStep), positiveStep(dstStep), frameFits(f)))
     return s;
-  const auto image = rows(reinterpret_cast<const P*>(src), srcStep);
-  const auto frame = rows(reinterpret_cast<P*>(dst), dstStep);
+  const auto image = pixelRows<const P>(src, srcStep);
+  const auto frame = pixelRows<P>(dst, dstStep);
   for (int y = 0; y < srcRoi.height; ++y) {
     std::memmove(frame[top + y] + left, image[y], static_cast<size_t>(srcRoi.width) * sizeof(P));
     fillMargins(frame[top + y], f);
@@ -80,7 +86,7 @@ TevStatus replicateBorderInPlace(T* srcDst, int step, TevSize srcRoi, TevSize ds
   using P = PixelOf<T, channels>;
   const Frame f = {srcRoi, dstRoi, top, left};
   if (TevStatus s = firstFailure(notNull(srcDst), positiveStep(step), frameFits(f))) return s;
-  const auto frame = rows(rows(reinterpret_cast<P*>(srcDst), step)[-std::ptrdiff_t{top}] - left, step);
+  const Rows<P> interior = pixelRows<P>(srcDst, step), frame = {interior[-std::ptrdiff_t{top}] - left, interior.step()};
   // The order is part of the contract where steps let rows overlap: first row, rows above, other rows, rows below.
   fillMargins(frame[top], f);
   repeatRow(frame, f, top, 0, top);

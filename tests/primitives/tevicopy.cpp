@@ -54,6 +54,20 @@ TEST(ImageCopy, WithAZeroOrNegativeStepRepeatsOrFlips) {
   EXPECT_SAME_IMAGE(dst, grid<Tev8u>({{3, 4}, {1, 2}}));
 }
 
+TEST(ImageCopy, OfFloatsAdvancesByWholeElementsOfAnyStep) {
+  const auto src = grid<Tev32f>({{1, 2}, {3, 4}});
+  Image<Tev32f> dst(2, 2);
+  // 11 and 10 bytes are two whole elements, and so are -8 and -6 upward.
+  EXPECT_EQ(teviCopy_32f_C1R(src.data(), 11, dst.data(), 10, {2, 2}), tevStatusOk);
+  EXPECT_SAME_IMAGE(dst, src);
+  EXPECT_EQ(teviCopy_32f_C1R(src.data() + 2, -6, dst.data(), 9, {2, 2}), tevStatusOk);
+  EXPECT_SAME_IMAGE(dst, grid<Tev32f>({{3, 4}, {1, 2}}));
+  const Tev32f pixels[] = {1, 2, 3, 4, 5, 6};
+  Tev32f copied[6] = {};
+  EXPECT_EQ(teviCopy_32f_C3R(pixels, 15, copied, 13, {1, 2}), tevStatusOk);
+  EXPECT_EQ(std::memcmp(copied, pixels, sizeof pixels), 0);
+}
+
 TEST(ImageCopy, KeepsNanPatterns) {
   const std::uint32_t patterns[] = {0x7F800001, 0xFFC12345};
   Tev32f src[2], dst[2];

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 
 #include "kit/kit.h"
 #include "tevcv/primitives.h"
@@ -108,6 +109,21 @@ TEST(ReplicateBorder, OnePixelFillsTheWholeFrame) {
   EXPECT_EQ(teviCopyReplicateBorder_32s_C3R(src.data(), src.step(), {1, 1}, dst.data(), dst.step(), {4, 3}, 1, 2),
             tevStatusOk);
   EXPECT_SAME_IMAGE(dst, framed(src, {4, 3}, 1, 2));
+}
+
+TEST(ReplicateBorder, OfWordsAdvancesByWholeElementsOfAnyStep) {
+  // 7 and 18 bytes are one and four whole elements, 15 and 27 three and six.
+  const Tev32s src[] = {1, 2}, expected[] = {1, 1, 1, 1, 1, 1, 1, 1, 2, 2, 2, 2};
+  Tev32s dst[12] = {};
+  EXPECT_EQ(teviCopyReplicateBorder_32s_C1R(src, 7, {1, 2}, dst, 18, {4, 3}, 1, 1), tevStatusOk);
+  EXPECT_EQ(std::memcmp(dst, expected, sizeof dst), 0);
+  Tev32s inside[12] = {0, 0, 0, 0, 0, 1, 0, 0, 0, 2, 0, 0};
+  EXPECT_EQ(teviCopyReplicateBorder_32s_C1IR(inside + 5, 18, {1, 2}, {4, 3}, 1, 1), tevStatusOk);
+  EXPECT_EQ(std::memcmp(inside, expected, sizeof inside), 0);
+  const Tev32s pixels[] = {1, 2, 3, 4, 5, 6}, framedPixels[] = {1, 2, 3, 1, 2, 3, 4, 5, 6, 4, 5, 6};
+  Tev32s frame[12] = {};
+  EXPECT_EQ(teviCopyReplicateBorder_32s_C3R(pixels, 15, {1, 2}, frame, 27, {2, 2}, 0, 1), tevStatusOk);
+  EXPECT_EQ(std::memcmp(frame, framedPixels, sizeof frame), 0);
 }
 
 TEST(ConstBorder, SurroundsTheImageWithAValue) {
