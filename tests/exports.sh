@@ -26,7 +26,8 @@ same "the export list and the library's symbols" "$work/listed" "$work/exported"
 "$compiler" -E -P -I "$source/include" "$source/include/tevcv.h" > "$work/header.i"
 { grep -oE '\b(tevs|tevib?|tevcv)[A-Z][A-Za-z0-9_]*[[:space:]]*\(' "$work/header.i" | tr -d '( '
   printf '%s\n' i_malloc i_calloc i_realloc i_free; } | sort -u > "$work/declared"
-grep -E '^(tevs|tevi|tevib|tevcv)[A-Z]|^i_(malloc|calloc|realloc|free)$' "$work/listed" > "$work/public"
+grep -E '^(tevs|tevi|tevib|tevcv)[A-Z]|^i_(malloc|calloc|realloc|free)$' "$work/listed" |
+  grep -v '_omp$' > "$work/public"  # a parallel twin is a worker, whatever its name begins with
 same "the header and the public names" "$work/declared" "$work/public"
 
 # Workers and tables: what the internal header declares besides. Every declaration that is visible to the linker carries
