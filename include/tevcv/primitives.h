@@ -88,8 +88,8 @@ TEV_API TevStatus tevsSqrt_32s16s_Sfs(const Tev32s* src, Tev16s* dst, int len, i
 
 /**
  * @name Copies and fill
- * Row by row from the first one down. Steps are used as they stand, zero and negative ones too; rows may overlap as the
- * caller asks.
+ * Row by row from the first one down. Steps are used as they stand, zero and negative ones too; float rows advance by
+ * whole elements. Rows may overlap as the caller asks.
  * @return #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), in that order.
  * @{
  */
@@ -166,7 +166,7 @@ TEV_API TevStatus teviThreshold_LT_32f_C1IR(Tev32f* srcDst, int srcDstStep, TevS
  * Frames an image of `srcRoiSize` pixels inside one of `dstRoiSize`, `topBorderHeight` rows down and `leftBorderWidth`
  * pixels in; the margins repeat the nearest pixel of the image, or hold `value`. `dst` addresses the frame's first
  * pixel and must not overlap the source. In the in-place forms `srcDst` addresses the image's first pixel inside the
- * frame.
+ * frame. Rows of words advance by whole elements of any step.
  * @return #tevStatusNullPtr, #tevStatusBadStep (a step below 1), #tevStatusBadSize (a size below 1, a negative border,
  * a frame too small), in that order.
  * @{
