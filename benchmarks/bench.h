@@ -22,7 +22,7 @@ struct Entry {
   std::function<std::function<void()>()> prepare;  // makes the data and returns the call
 };
 
-// Adds an entry; call it from the initialiser of a namespace-scope object in bench/<subsystem>.cpp.
+// Adds an entry; call it from the initialiser of a namespace-scope object in benchmarks/<subsystem>.cpp.
 bool add(Entry entry);
 
 // Contiguous images of repeatable noise (a smooth picture with noise on top), one channel unless told otherwise.
