@@ -190,14 +190,14 @@ TEV_API TevStatus teviFilterLowpassGetBufferSize_32f_C1R(TevSize roiSize, TevMas
  *
  *     t[i] = exp(-(i - k / 2)^2 / (2 sigma^2)) / sum,   i = 0..k - 1,   k = kernelSize
  *
- * The sum counts i = 0..k, one tap more than there are, so that the taps add up to a little less than 1. The column pass
- * computes as many rows as the image is wide: in an image higher than wide, rows from `width` on hold the row-filtered
- * row `k / 2` above them. Both are kept for callers that compare with older results. Taps and sums run in extended
- * precision; taps, row results and column results are rounded once each.
+ * The sum counts i = 0..k, one tap more than there are, so that the taps add up to a little less than 1. The column
+ * pass computes as many rows as the image is wide: in an image higher than wide, rows from `width` on hold the
+ * row-filtered row `k / 2` above them. Both are kept for callers that compare with older results. Taps and sums run in
+ * extended precision; taps, row results and column results are rounded once each.
  *
  * `src` and `dst` are images of `roiSize` pixels; `dst` may be `src`. Steps count bytes and are advanced by whole
- * elements. `sigma` is in pixels and not examined: 0 gives NaN. `buffer` holds as many bytes as the size query gives, at
- * any address.
+ * elements. `sigma` is in pixels and not examined: 0 gives NaN. `buffer` holds as many bytes as the size query gives,
+ * at any address.
  * @return The filter: #tevStatusNullPtr (`src`, `dst`, `buffer`), #tevStatusBadSize, #tevStatusBadStep (a step of fewer
  *         bytes than the row has elements), #tevStatusBadArg (`kernelSize` below 3 or even). The query:
  *         #tevStatusNullPtr (`pSize`), #tevStatusBadSize, #tevStatusBadArg.
@@ -205,8 +205,8 @@ TEV_API TevStatus teviFilterLowpassGetBufferSize_32f_C1R(TevSize roiSize, TevMas
  */
 TEV_API TevStatus teviFilterGaussGetBufferSize_32f_C1R(TevSize roiSize, int kernelSize, int* pSize);
 TEV_API TevStatus teviFilterGaussBorder_32f_C1R(const Tev32f* src, int srcStep, Tev32f* dst, int dstStep,
-                                                TevSize roiSize, int kernelSize, Tev32f sigma,
-                                                TevBorderType borderType, Tev32f borderValue, Tev8u* buffer);
+                                                TevSize roiSize, int kernelSize, Tev32f sigma, TevBorderType borderType,
+                                                Tev32f borderValue, Tev8u* buffer);
 /** @} */
 
 /**
@@ -229,18 +229,19 @@ TEV_API TevStatus teviGenSobelKernel_32f(Tev32f* kernel, int kernelSize, int der
  * @name Colour gradient to grey
  * Reduces a three-channel gradient image to one channel by a norm of a pixel's channels a, b, c:
  *
- * | `norm`      | `8u`                                | `16u`                                | `32f`                    |
+ * | `norm`      | `8u`                                | `16u`                                | `32f` |
  * |-------------|-------------------------------------|--------------------------------------|--------------------------|
- * | #tevNormInf | max(a, b, c)                        | max(a, b, c)                         | max(|a|, |b|, |c|)       |
- * | #tevNormL1  | ((a + b + c) 1365 + 2048) >> 12     | ((a + b + c) 5461 + 8192) >> 14      | |a| + |b| + |c|          |
- * | #tevNormL2  | round sqrt((a^2 + b^2 + c^2) / 3)   | round sqrt((a^2 + b^2 + c^2) / 3)    | sqrt(a^2 + b^2 + c^2)    |
+ * | #tevNormInf | max(a, b, c)                        | max(a, b, c)                         | max(|a|, |b|, |c|) | |
+ * #tevNormL1  | ((a + b + c) 1365 + 2048) >> 12     | ((a + b + c) 5461 + 8192) >> 14      | |a| + |b| + |c|          |
+ * | #tevNormL2  | round sqrt((a^2 + b^2 + c^2) / 3)   | round sqrt((a^2 + b^2 + c^2) / 3)    | sqrt(a^2 + b^2 + c^2) |
  *
  * The integer forms average over the channels, the float form does not. In the `16u` form b^2 and c^2 are taken modulo
  * 2^32 as signed words: channels from 46341 on lower the result, and a negative sum gives 0. Roots round halves up. The
  * float form runs in extended precision and is rounded once.
  *
  * `src` is `roiSize` pixels of three channels, `dst` of one.
- * @return #tevStatusNullPtr, #tevStatusBadSize, #tevStatusBadStep (a step shorter than the row), #tevStatusStepNotAligned
+ * @return #tevStatusNullPtr, #tevStatusBadSize, #tevStatusBadStep (a step shorter than the row),
+ * #tevStatusStepNotAligned
  *         (`16u`, `32f`), #tevStatusBadArg (`norm`), in that order.
  * @{
  */
