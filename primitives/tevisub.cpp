@@ -44,9 +44,7 @@ TevStatus subtract(const Tev8u* src1, int src1Step, const Tev8u* src2, int src2S
   if (scaleFactor == 0)
     subtractRows(a, b, d, roi, [](int v) { return v; });
   else if (scaleFactor > 0)
-    subtractRows(a, b, d, roi, [shift = scaleFactor, half = (1 << (scaleFactor - 1)) - 1](int v) {
-      return (v + half + ((v >> shift) & 1)) >> shift;
-    });
+    subtractRows(a, b, d, roi, [scaleFactor](int v) { return shiftRightTiesToEven(v, scaleFactor); });
   else if (scaleFactor >= -7)
     subtractRows(a, b, d, roi, [shift = -scaleFactor](int v) { return saturate<Tev8u>(v << shift); });
   else

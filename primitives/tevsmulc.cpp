@@ -13,11 +13,7 @@ TevStatus tevsMulC_16s_ISfs(Tev16s value, Tev16s* srcDst, int len, int scaleFact
     for (int i = 0; i < len; ++i) srcDst[i] = saturate<Tev16s>(srcDst[i] * value);
   } else if (scaleFactor > 0) {
     // The product is at most 2^30 and the rounding term below 2^29: 32 bits hold the rule of ties to even.
-    const int half = (1 << (scaleFactor - 1)) - 1;
-    for (int i = 0; i < len; ++i) {
-      const int product = srcDst[i] * value;
-      srcDst[i] = saturate<Tev16s>((product + half + ((product >> scaleFactor) & 1)) >> scaleFactor);
-    }
+    for (int i = 0; i < len; ++i) srcDst[i] = saturate<Tev16s>(shiftRightTiesToEven(srcDst[i] * value, scaleFactor));
   } else if (scaleFactor >= -15) {
     for (int i = 0; i < len; ++i)
       srcDst[i] = saturate<Tev16s>(int{saturate<Tev16s>(srcDst[i] * value)} * (1 << -scaleFactor));

@@ -31,10 +31,7 @@ TEST(ScaleRule, TiesGoToTheEvenNeighbour) {
           << v << " >> " << shift;
 }
 
-TEST(FloatToInteger, RoundsInTheTwoWays) {
-  EXPECT_EQ(roundTiesToEven(0.5), 0);
-  EXPECT_EQ(roundTiesToEven(1.5F), 2);
-  EXPECT_EQ(roundTiesToEven(-2.5L), -2);
+TEST(FloatToInteger, AddsHalfAndTruncates) {
   EXPECT_EQ(addHalfAndTruncate(0.5), 1);
   EXPECT_EQ(addHalfAndTruncate(2.49F), 2);
   EXPECT_EQ(addHalfAndTruncate(-1.2), 0);

@@ -28,15 +28,13 @@ constexpr T saturate(V value) {
     return std::cmp_less(value, lowest) ? lowest : std::cmp_greater(value, highest) ? highest : static_cast<T>(value);
 }
 
-// value * 2^-shift for shift >= 1, ties to the even neighbour. 64 bits hold every intermediate of a 32-bit value.
-constexpr std::int64_t shiftRightTiesToEven(std::int64_t value, int shift) {
-  return (value + (std::int64_t{1} << (shift - 1)) - 1 + ((value >> shift) & 1)) >> shift;
+// value * 2^-shift for shift >= 1, ties to the even neighbour. T must hold value + 2^(shift - 1).
+template <std::signed_integral T>
+constexpr T shiftRightTiesToEven(T value, int shift) {
+  return static_cast<T>((value + (T{1} << (shift - 1)) - 1 + ((value >> shift) & 1)) >> shift);
 }
 
-// The two ways from float to integer. The value must lie in the range of int: clamp first.
-inline int roundTiesToEven(Tev64f value) { return static_cast<int>(std::nearbyint(value)); }
-inline int roundTiesToEven(Tev32f value) { return static_cast<int>(std::nearbyintf(value)); }
-inline int roundTiesToEven(Extended value) { return static_cast<int>(std::nearbyintl(value)); }
+// From float to integer by half up. The value must lie in the range of int: clamp first.
 template <std::floating_point F>
 constexpr int addHalfAndTruncate(F value) {
   return static_cast<int>(value + F{0.5});
