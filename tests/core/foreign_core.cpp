@@ -16,7 +16,8 @@ TEST(ForeignCore, AnswersReachTheLibraryAtEveryQuery) {
   EXPECT_EQ(owncvGetMaxNumThreads(), 7);
   fakeThreads = 2;
   EXPECT_EQ(owncvGetNumThreads(), 2);
-  fakeThreads = 7;
+  EXPECT_EQ(threads_omp_of_n_tev, 7);
+  fakeThreads = 0;
   EXPECT_EQ(owncvGetCacheSize(), 12345);
   fakeCacheBytes = 1 << 20;
   EXPECT_EQ(owncvGetCacheSize(), 1 << 20);
@@ -56,13 +57,13 @@ TEST(ForeignCore, ItsNanIsWhatARootOfANegativeNumberStores) {
 TEST(ForeignCore, ATeamSmallerThanTheThreadCountDoesAllShares) {
   threads_omp_of_n_tev = 2;
   std::vector<int> done(100, 0);
-  tevcv::forEachShare(100, fakeThreads, [&](tevcv::Share s) {
+  tevcv::forEachShare(100, 7, [&](tevcv::Share s) {
     for (int y = s.firstRow; y < s.endRow(); ++y) ++done[static_cast<size_t>(y)];
   });
   EXPECT_EQ(done, std::vector<int>(100, 1));
   // A word that nobody has set yet still gives a team of one.
   threads_omp_of_n_tev = 0;
-  tevcv::forEachShare(100, fakeThreads, [&](tevcv::Share s) {
+  tevcv::forEachShare(100, 7, [&](tevcv::Share s) {
     for (int y = s.firstRow; y < s.endRow(); ++y) ++done[static_cast<size_t>(y)];
   });
   EXPECT_EQ(done, std::vector<int>(100, 2));
