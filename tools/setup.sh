@@ -15,7 +15,34 @@ need() {
 }
 
 need_build_tools() {
-  need ca-certificates cmake ninja-build g++ g++-multilib googletest ccache libpng-dev
+  need ca-certificates cmake ninja-build g++ g++-multilib googletest ccache libpng-dev libjpeg-dev libcli11-dev
+  need_i386_libraries
+}
+
+# unpack_i386 DIR PACKAGE...: unpacks 32-bit packages into DIR. They come by a package state of their own under DIR, so
+# that the machine's stays as it is and needs no second architecture.
+unpack_i386() {
+  local root=$1
+  shift
+  mkdir -p "$root/apt/lists/partial" "$root/apt/archives/partial"
+  (
+    cd "$root/apt"
+    state=(-o Dir::State::lists="$PWD/lists" -o Dir::State::status=/dev/null -o Dir::Cache="$PWD"
+      -o APT::Architecture=i386 -o APT::Architectures::=i386 -o APT::Sandbox::User="$(id -un)" -o Debug::NoLocking=1)
+    apt-get "${state[@]}" update -qq || true  # the download says whether it is enough
+    apt-get "${state[@]}" download -qq "$@"
+    for package in *.deb; do dpkg -x "$package" "$root"; done
+  ) > "$root/apt/log" 2>&1
+}
+
+# The picture libraries of the 32-bit command-line program. Without them that program is left out.
+need_i386_libraries() {
+  local root=$PWD/build/i386-packages
+  [ ! -e "$root/usr/lib/i386-linux-gnu/libpng16.a" ] || return 0
+  echo "Unpacking 32-bit picture libraries"
+  unpack_i386 "$root" libpng-dev zlib1g-dev libjpeg62-turbo-dev ||
+    echo "They cannot be had here: the 32-bit command-line program is left out"
+  rm -rf "$root/apt"
 }
 
 # The newest variant of the 64-bit library that this machine's processor can run, as the system's loader sees it.
