@@ -1,6 +1,13 @@
 # What `cmake --install` puts where. Components: `runtime` (what programs run with), `development` (what they are built
 # with) and `tools`.
 
+# All that is installed from a build.
+add_custom_target(delivery)
+add_dependencies(delivery tevcvpx tevcore)
+if(TARGET tevcv_cli)
+  add_dependencies(delivery tevcv_cli)
+endif()
+
 # The system's loader looks into glibc-hwcaps/<level> beside a library for a build that suits the processor better. Such a
 # variant is the one file, picked by its SONAME. The core library has none: it computes no images, and a program may bring
 # its own, which must serve whatever variant is picked.
@@ -25,7 +32,7 @@ install(DIRECTORY ${CMAKE_SOURCE_DIR}/include/tevcv
 
 # For pkg-config and find_package(). Both find everything from where they lie themselves, so the tree may move.
 file(RELATIVE_PATH to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-string(REGEX REPLACE "/$" "" to_prefix ${to_prefix})
+file(RELATIVE_PATH to_headers /${CMAKE_INSTALL_LIBDIR}/pkgconfig /${CMAKE_INSTALL_INCLUDEDIR})
 configure_file(cmake/tevcvpx.pc.in ${CMAKE_BINARY_DIR}/tevcvpx.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/tevcvpx.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
