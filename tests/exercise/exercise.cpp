@@ -102,11 +102,25 @@ void Exercise::concludeSpoiled(const char* name, TevStatus status, unsigned whic
              " made bad, and wrote to memory";
 }
 
+Outcome perform(const Entry& entry, Draw draw, Exercise::Settings settings, Names* names) {
+  Exercise e(draw, settings);
+  TevStatus status = tevStatusOk;
+  try {
+    entry.run(e);
+  } catch (const Exercise::Stop& stop) {
+    status = stop.status;
+  }
+  if (names) {
+    names->called.insert(e.called().begin(), e.called().end());
+    names->succeeded.insert(e.succeeded().begin(), e.succeeded().end());
+  }
+  return {e.digest(), status, e.fault()};
+}
+
 const std::vector<Entry>& entries() {
   static const std::vector<Entry> all = [] {
     std::vector<Entry> list;
-    for (auto subsystem : {primitives, arithmetic, statistics, integral, filtering, morphology, pyramids, motion,
-                           distance, segmentation, features, geometry}) {
+    for (auto subsystem : {EXERCISE_SUBSYSTEMS}) {
       const std::vector<Entry> part = subsystem();
       list.insert(list.end(), part.begin(), part.end());
     }

@@ -15,6 +15,8 @@
 // after the call runs, so resources are held by objects: see Resource). In a spoiling run one argument of one call is
 // made bad first: a null pointer, a region or step of 0, a context of zeroes; if the function refuses it, CALL checks
 // that nothing was written and makes the proper call next.
+//
+// Compilers evaluate arguments in any order: draw into variables, not inside an argument list.
 #pragma once
 
 #include <cstdint>
@@ -154,14 +156,15 @@ class Exercise {
       conclude(name, status);
       return status;
     } else {
+      succeeded_.insert(name);
       return function(plain(arguments)...);
     }
   }
 
   std::uint64_t digest() const { return digest_; }
-  const std::set<std::string>& called() const { return called_; }        // names that were called
-  const std::set<std::string>& succeeded() const { return succeeded_; }  // names that returned no error, unspoiled
-  const std::string& fault() const { return fault_; }                    // what was wrong, empty if nothing
+  const std::set<std::string>& called() const { return called_; }
+  const std::set<std::string>& succeeded() const { return succeeded_; }
+  const std::string& fault() const { return fault_; }
 
  private:
   enum class Role { input, output, scratch };
@@ -271,6 +274,18 @@ struct Entry {
   const char* name;  // the public function, or the group of them, that the exercise is about
   void (*run)(Exercise&);
 };
+
+// The names that were called, and those that returned no error to a proper call.
+struct Names {
+  std::set<std::string> called, succeeded;
+};
+
+struct Outcome {
+  std::uint64_t digest;
+  TevStatus status;   // of the call that ended the exercise, or tevStatusOk
+  std::string fault;  // what was wrong with a refused call, empty if nothing
+};
+Outcome perform(const Entry& entry, Draw draw, Exercise::Settings settings, Names* names = nullptr);
 
 // All exercises, subsystem by subsystem.
 std::vector<Entry> arithmetic(), statistics(), integral(), filtering(), morphology(), pyramids(), motion(), distance(),
