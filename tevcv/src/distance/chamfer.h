@@ -182,7 +182,7 @@ void alongRow(T* d, int width, int way, T straight, T twoStraight) {
 // Row y from the rows on one side of it (1: above, -1: below) and along itself.
 template <Form form, From from, class T>
 void chamferRow(const Field<T>& f, int y, int side, int way) {
-  const auto [width, height] = f.roi;
+  const int width = f.roi.width, height = f.roi.height;
   const auto there = [&](int row) { return row >= 0 && row < height ? f.dst[row] : nullptr; };
   const T* const near = there(y - side);
   const T* const far = form >= Form::regular ? there(y - 2 * side) : nullptr;
