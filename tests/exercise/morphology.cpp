@@ -24,7 +24,7 @@ TevPoint pointIn(Exercise& e, TevSize size) {
 // ---- Minimum and maximum over a rectangle ----
 
 // Mostly masks smaller than the region, whose lengths below 16 have loops of their own; at times far larger ones.
-TevSize rectangle(Exercise& e) {
+TevSize rectangleSize(Exercise& e) {
   const auto length = [&] { return e.draw.oneIn(8) ? e.draw.between(1, 300) : e.draw.between(1, 20); };
   return {length(), length()};
 }
@@ -33,7 +33,7 @@ template <int channels, class T>
 void extremum(Exercise& e, const char* queryName, TevStatus (*query)(int, int, int, int*), const char* name,
               TevStatus (*filter)(const T*, int, T*, int, TevSize, TevSize, TevPoint, Tev8u*)) {
   const TevSize roi = e.size(1);
-  const TevSize mask = rectangle(e);
+  const TevSize mask = rectangleSize(e);
   const TevPoint anchor = pointIn(e, mask);
   int size = 0;
   e.call(queryName, query, roi.width, mask.width, mask.height, &size);
