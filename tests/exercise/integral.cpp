@@ -24,7 +24,8 @@ void table(Exercise& e, const char* name, TevStatus (*function)(const Tev8u*, in
   const TevSize roi = e.size(20000);
   const auto src = e.in<Tev8u>(roi);
   const auto dst = e.out<T>({roi.width + border, roi.height + border});
-  e.call(name, function, src.data, src.step, dst.data, dst.step, roi, start<T>(e));
+  const T value = start<T>(e);
+  e.call(name, function, src.data, src.step, dst.data, dst.step, roi, value);
 }
 
 template <int border, class T, class S>
@@ -229,8 +230,9 @@ void apply(Exercise& e, const char* name,
   const TevSize roi = e.size(8192);
   const Around<T> src(e, roi, stage, 0);
   const Position<W> p(e, roi);
+  [[maybe_unused]] const int scale = e.draw.between(-40, 40);
   e.call(name, function, src.first, src.table.step, p.norm.data, p.norm.step, p.mask.data, p.mask.step, roi, p.positive,
-         p.threshold, stage.state.pointer, static_cast<Scale>(e.draw.between(-40, 40))...);
+         p.threshold, stage.state.pointer, static_cast<Scale>(scale)...);
   finish(e, stage);
 }
 
