@@ -4,6 +4,13 @@
 
 #include <stdint.h>
 
+/**
+ * @defgroup types Types and statuses
+ * Element types, records, status codes and enumerations that every family shares.
+ * @{
+ */
+
+/** C linkage, from either language. */
 #if defined(__cplusplus)
 #define TEVCV_EXTERN_C extern "C"
 #else
@@ -13,7 +20,10 @@
 /** Marks a public function: unmangled, visible in the shared library. */
 #define TEV_API TEVCV_EXTERN_C __attribute__((visibility("default")))
 
-/** @name Element types, as the tokens `8u`, `8s`, `16u`, `16s`, `32s`, `32f`, `64f` in a function's name give them. @{
+/**
+ * @name Element types
+ * As the tokens `8u`, `8s`, `16u`, `16s`, `32s`, `32f`, `64f` in a function's name give them.
+ * @{
  */
 typedef uint8_t Tev8u;
 typedef int8_t Tev8s;
@@ -97,5 +107,7 @@ enum { tevDataType8u = 1, tevDataType8s = 3, tevDataType16u = 5, tevDataType32f 
 /** Norm codes. */
 typedef Tev32s TevNorm;
 enum { tevNormInf = 0, tevNormL1 = 1, tevNormL2 = 2 };
+
+/** @} */
 
 #endif
