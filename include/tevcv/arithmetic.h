@@ -6,14 +6,16 @@
 
 /**
  * @defgroup arithmetic Pixel arithmetic
+ * Absolute differences and running sums.
+ * @image html arithmetic.png
  * @{
  */
 
 /**
  * @name Absolute difference
- * dst = |src1 - src2|, or |src - value|, element by element. All images are `roiSize` pixels of one channel; `dst` may
- * be a source. The integer forms clamp `value` to the element's range first. Floats are subtracted in extended
- * precision and rounded once; a NaN, or infinity minus infinity, gives NaN.
+ * dst = \f$|src1 - src2|\f$, or \f$|src - value|\f$, element by element. All images are `roiSize` pixels of one
+ * channel; `dst` may be a source. The integer forms clamp `value` to the element's range first. Floats are subtracted
+ * in extended precision and rounded once; a NaN, or infinity minus infinity, gives NaN.
  * @return #tevStatusNullPtr, #tevStatusBadSize (width or height below 1), #tevStatusBadStep (a step shorter than the
  *         row), #tevStatusStepNotAligned (a step that is no multiple of the element's size), in that order.
  * @{

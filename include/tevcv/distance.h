@@ -5,7 +5,9 @@
 #include "tevcv/types.h"
 
 /**
- * @defgroup distance Distance transforms, fast marching and inpainting.
+ * @defgroup distance Distance and propagation
+ * Distance transforms, fast marching and inpainting.
+ * @image html distance.png
  * @{
  */
 
@@ -100,10 +102,11 @@ TEV_API TevStatus teviTrueDistanceTransform_8u16u_C1RSfs(const Tev8u* src, int s
 /**
  * @name Fast marching
  * Arrival times of a front that starts on all zero pixels of `src` at time 0 and moves at one pixel a unit of time: the
- * solution T of the eikonal equation |grad T| = 1 on the pixel grid. With a and b the smaller vertical and horizontal
- * neighbour of a pixel, T is the upwind solution
+ * solution T of the eikonal equation \f$|\nabla T| = 1\f$ on the pixel grid. With a and b the smaller vertical and
+ * horizontal neighbour of a pixel, T is the upwind solution
  *
- *     T = (a + b + sqrt(2 - (a - b)^2)) / 2   if |a - b| < 1,   min(a, b) + 1 otherwise.
+ * \f[ T = \frac{a + b + \sqrt{2 - (a - b)^2}}{2} \quad \text{if } |a - b| < 1,
+ *     \qquad T = \min(a, b) + 1 \quad \text{otherwise.} \f]
  *
  * Along an axis times rise by exactly 1 a pixel; diagonal to a single zero pixel stands 1.7071068, not sqrt(2).
  * With `radius` above 0 the zero side of the front gets times below 0, falling to -`radius` away from the front: a
@@ -139,9 +142,11 @@ typedef struct TevInpaintState TevInpaintState;
  * mask's edge, so that the fill moves inward and every pixel filled is known to the next ones. A pixel p takes a
  * weighted mean of the known pixels n within `radius`, r being the offset from p to n:
  *
- *     tevInpaintGradient:  w = |D(p) . r| / (|r|^3 (|T(n) - T(p)| + 1)),   D the gradient of the distances T;
- *                          1 is added along the sign of the summed image gradients, at most sqrt(2) grey levels
- *     tevInpaintIsophote:  w = |r x G(n)| / (|G(n)| |r| (|r|^4 + 1)),      G the gradient's magnitudes per axis
+ * - #tevInpaintGradient, D being the gradient of the distances T:
+ *   \f[ w = \frac{|D(p) \cdot r|}{|r|^3 \, (|T(n) - T(p)| + 1)}; \f]
+ *   1 is added along the sign of the summed image gradients, at most sqrt(2) grey levels.
+ * - #tevInpaintIsophote, G being the gradient's magnitudes per axis:
+ *   \f[ w = \frac{|r \times G(n)|}{|G(n)| \, |r| \, (|r|^4 + 1)}. \f]
  *
  * No gradient looks at an unknown neighbour. One that was taken before its pixel was filled stays, so that with
  * #tevInpaintGradient what stood in the hole may tell by a level or two. Where the weights sum to less than 0.0001 the

@@ -5,7 +5,9 @@
 #include "tevcv/types.h"
 
 /**
- * @defgroup features Features: Canny edges, corner measures, Hough lines, peaks, line sampling.
+ * @defgroup features Features
+ * Canny edges, corner measures, Hough lines, peaks, line sampling.
+ * @image html features.png
  * @{
  */
 
@@ -41,7 +43,7 @@ TEV_API TevStatus teviFindPeaks3x3_32s_C1R(const Tev32s* src, int srcStep, TevSi
  * The angle of (srcX[i], srcY[i]) in degrees, about 0 to 360, within a fifth of a degree. With t the smaller magnitude
  * over the larger, its sign and the offset by eighths of the circle,
  *
- *     dst[i] = t (-15.8131895 |t| + 61.0941963) + offset
+ * \f[ dst_i = t \, (-15.8131895 \, |t| + 61.0941963) + offset. \f]
  *
  * The offsets make the error alternate: 0 degrees comes out as -0.1405, and so do two zeros. Four elements share one
  * division in extended precision; the result is rounded once. `dst` may be a source.
@@ -83,15 +85,17 @@ enum { tevCornerKernelSobel = 0, tevCornerKernelScharr = 1 };
  * Scharr derivatives, the edges replicated, and the products averaged over a window by
  * teviFilterLowpassBorder_32f_C1R(),
  *
- *     | a b |   | mean dx^2   mean dx dy |
- *     | b c | = | mean dx dy  mean dy^2  | * s,   s = 1 / (255 * 2^(2 apertureSize - 2)), times 0.6125 for Scharr
+ * \f[ \begin{pmatrix} a & b \\ b & c \end{pmatrix} = s
+ *     \begin{pmatrix} \overline{dx^2} & \overline{dx\,dy} \\ \overline{dx\,dy} & \overline{dy^2} \end{pmatrix},
+ *     \qquad s = \frac{1}{255 \cdot 2^{2 \, apertureSize - 2}}, \text{ times 0.6125 for Scharr.} \f]
  *
- * teviMinEigenVal_ stores the smaller eigenvalue ((a + c) - sqrt((a - c)^2 + 4 b^2)) / 2, one #Tev32f a pixel (J. Shi
- * and C. Tomasi, "Good features to track", 1994). teviEigenValsVecs_ stores six #Tev32f a pixel: the larger and the
- * smaller eigenvalue, x and y of the larger one's vector, x and y of the smaller one's (C. Harris and M. Stephens, "A
- * combined corner and edge detector", 1988). It stores six zeros where min(a, c) or the determinant lies below
- * t = 0.01 max(a, c), and the axes as vectors where |b| lies below t. Everything after the averages runs in extended
- * precision and is rounded where it is stored.
+ * teviMinEigenVal_ stores the smaller eigenvalue
+ * \f[ \lambda = \frac{(a + c) - \sqrt{(a - c)^2 + 4 b^2}}{2}, \f]
+ * one #Tev32f a pixel (J. Shi and C. Tomasi, "Good features to track", 1994). teviEigenValsVecs_ stores six #Tev32f a
+ * pixel: the larger and the smaller eigenvalue, x and y of the larger one's vector, x and y of the smaller one's (C.
+ * Harris and M. Stephens, "A combined corner and edge detector", 1988). It stores six zeros where min(a, c) or the
+ * determinant lies below t = 0.01 max(a, c), and the axes as vectors where |b| lies below t. Everything after the
+ * averages runs in extended precision and is rounded where it is stored.
  *
  * `kernelType` is #tevCornerKernelSobel or #tevCornerKernelScharr, `apertureSize` the derivative's mask size (3 or 5;
  * Scharr has 3 alone), `avgWindow` the averaging window (3 or 5). `src` is `roiSize` pixels of one channel, the output
@@ -159,9 +163,9 @@ typedef struct TevPolarLine {
  * @name Hough lines
  * Finds straight lines in a binary image (R. O. Duda and P. E. Hart, "Use of the Hough transformation to detect lines
  * and curves in pictures", 1972). Each non-zero pixel (x, y) votes, for every angle theta = i * `thetaStep` up to about
- * pi, for the distance rho = x cos(theta) + y sin(theta), rounded to a multiple of `rhoStep` with halves away from
- * zero. A line has more than `threshold` votes, more than its neighbours of lower rho and lower theta, and no fewer
- * than those of higher ones. A line near theta 0 may be found at pi too.
+ * pi, for the distance \f$\rho = x \cos\theta + y \sin\theta\f$, rounded to a multiple of `rhoStep` with halves away
+ * from zero. A line has more than `threshold` votes, more than its neighbours of lower rho and lower theta, and no
+ * fewer than those of higher ones. A line near theta 0 may be found at pi too.
  *
  * `src` is `roiSize` pixels of one channel. `rhoStep` is in pixels, at most width + height; `thetaStep` in radians, at
  * most pi; `threshold` is at least 1. `lines` receives the at most `maxLineCount` lines with most votes, by descending

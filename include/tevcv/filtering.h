@@ -5,8 +5,9 @@
 #include "tevcv/types.h"
 
 /**
- * @defgroup filtering Linear filters: row and column pipelines, fixed derivative and smoothing kernels, colour
- * gradient.
+ * @defgroup filtering Linear filters
+ * Row and column pipelines, fixed derivative and smoothing kernels, colour gradient.
+ * @image html filtering.png
  * @{
  */
 
@@ -16,7 +17,7 @@
  * all four sides. Each mask is a product of a row kernel along x and a column kernel along y, taken as a correlation
  * with the centre tap as anchor:
  *
- *     dst(x, y) = sum over j of column[j] * (sum over i of row[i] * src(x + i - k / 2, y + j - k / 2))
+ * \f[ dst(x, y) = \sum_j column_j \sum_i row_i \; src(x + i - \lfloor k/2 \rfloor, y + j - \lfloor k/2 \rfloor) \f]
  *
  * with `k` 3 or 5:
  *
@@ -188,12 +189,12 @@ TEV_API TevStatus teviFilterLowpassGetBufferSize_32f_C1R(TevSize roiSize, TevMas
  * Smooths a float image with a Gaussian of any odd length, rows first, columns second, the edges replicated whatever
  * `borderType` and `borderValue` say:
  *
- *     t[i] = exp(-(i - k / 2)^2 / (2 sigma^2)) / sum,   i = 0..k - 1,   k = kernelSize
+ * \f[ t_i = \frac{1}{sum} \exp\left(-\frac{(i - \lfloor k/2 \rfloor)^2}{2 \sigma^2}\right), \qquad i = 0..k - 1, \f]
  *
- * The sum counts i = 0..k, one tap more than there are, so that the taps add up to a little less than 1. The column
- * pass computes as many rows as the image is wide: in an image higher than wide, rows from `width` on hold the
- * row-filtered row `k / 2` above them. Both are kept for callers that compare with older results. Taps and sums run in
- * extended precision; taps, row results and column results are rounded once each.
+ * with k = `kernelSize`. The sum counts i = 0..k, one tap more than there are, so that the taps add up to a little less
+ * than 1. The column pass computes as many rows as the image is wide: in an image higher than wide, rows from `width`
+ * on hold the row-filtered row `k / 2` above them. Both are kept for callers that compare with older results. Taps and
+ * sums run in extended precision; taps, row results and column results are rounded once each.
  *
  * `src` and `dst` are images of `roiSize` pixels; `dst` may be `src`. Steps count bytes and are advanced by whole
  * elements. `sigma` is in pixels and not examined: 0 gives NaN. `buffer` holds as many bytes as the size query gives,
@@ -213,10 +214,11 @@ TEV_API TevStatus teviFilterGaussBorder_32f_C1R(const Tev32f* src, int srcStep, 
  * @name Sobel kernels
  * Derivative kernels of any odd length for the row and column stages: `kernelSize` taps, the coefficients of
  *
- *     (1 + z)^(kernelSize - 1 - derivativeOrder) * (z - 1)^derivativeOrder      by rising powers of z
+ * \f[ (1 + z)^{n - 1 - d} \; (z - 1)^d \f]
  *
- * for instance 1 2 1, -1 0 1 and 1 -2 1 for length 3 and orders 0, 1, 2 (I. Sobel and G. Feldman, "A 3x3 isotropic
- * gradient operator", 1968). A negative `sign` negates every tap. 16-bit taps wrap.
+ * by rising powers of z, n being `kernelSize` and d `derivativeOrder`: for instance 1 2 1, -1 0 1 and 1 -2 1 for length
+ * 3 and orders 0, 1, 2 (I. Sobel, G. Feldman, "A 3x3 isotropic gradient operator for image processing", 1968). A
+ * negative `sign` negates every tap. 16-bit taps wrap.
  * @return #tevStatusNullPtr, #tevStatusBadSize (`kernelSize` below 1 or even, `derivativeOrder` below 0 or not below
  *         `kernelSize`).
  * @{
@@ -229,11 +231,11 @@ TEV_API TevStatus teviGenSobelKernel_32f(Tev32f* kernel, int kernelSize, int der
  * @name Colour gradient to grey
  * Reduces a three-channel gradient image to one channel by a norm of a pixel's channels a, b, c:
  *
- * | `norm`      | `8u`                                | `16u`                                | `32f` |
- * |-------------|-------------------------------------|--------------------------------------|--------------------------|
- * | #tevNormInf | max(a, b, c)                        | max(a, b, c)                         | max(|a|, |b|, |c|) | |
- * #tevNormL1  | ((a + b + c) 1365 + 2048) >> 12     | ((a + b + c) 5461 + 8192) >> 14      | |a| + |b| + |c|          |
- * | #tevNormL2  | round sqrt((a^2 + b^2 + c^2) / 3)   | round sqrt((a^2 + b^2 + c^2) / 3)    | sqrt(a^2 + b^2 + c^2) |
+ * | `norm`      | `8u`                              | `16u`                             | `32f`                   |
+ * |-------------|-----------------------------------|-----------------------------------|-------------------------|
+ * | #tevNormInf | max(a, b, c)                      | max(a, b, c)                      | the largest magnitude   |
+ * | #tevNormL1  | ((a + b + c) 1365 + 2048) >> 12   | ((a + b + c) 5461 + 8192) >> 14   | the sum of magnitudes   |
+ * | #tevNormL2  | round sqrt((a^2 + b^2 + c^2) / 3) | round sqrt((a^2 + b^2 + c^2) / 3) | sqrt(a^2 + b^2 + c^2)   |
  *
  * The integer forms average over the channels, the float form does not. In the `16u` form b^2 and c^2 are taken modulo
  * 2^32 as signed words: channels from 46341 on lower the result, and a negative sum gives 0. Roots round halves up. The
@@ -241,8 +243,7 @@ TEV_API TevStatus teviGenSobelKernel_32f(Tev32f* kernel, int kernelSize, int der
  *
  * `src` is `roiSize` pixels of three channels, `dst` of one.
  * @return #tevStatusNullPtr, #tevStatusBadSize, #tevStatusBadStep (a step shorter than the row),
- * #tevStatusStepNotAligned
- *         (`16u`, `32f`), #tevStatusBadArg (`norm`), in that order.
+ *         #tevStatusStepNotAligned (`16u`, `32f`), #tevStatusBadArg (`norm`), in that order.
  * @{
  */
 TEV_API TevStatus teviGradientColorToGray_8u_C3C1R(const Tev8u* src, int srcStep, Tev8u* dst, int dstStep,
@@ -259,8 +260,8 @@ TEV_API TevStatus teviGradientColorToGray_32f_C3C1R(const Tev32f* src, int srcSt
  * writes it through an array of row pointers; the column stage reads an array of row pointers and writes an image. With
  * `k` for `kernelSize` and `e` for the row extended on the left and right by `borderType`:
  *
- *     row:     ppDst[y][x] = scaled(sum over j of kernel[j] * e(x - anchor + j))
- *     column:  dst(x, y)   = scaled(sum over j of kernel[j] * ppSrc[y + j][x])
+ * \f[ ppDst[y][x] = scaled\Big(\sum_j kernel[j] \; e(x - anchor + j)\Big), \qquad
+ *     dst(x, y) = scaled\Big(\sum_j kernel[j] \; ppSrc[y + j][x]\Big) \f]
  *
  * Taps are used in the order in which they stand (correlation). Channels are filtered independently.
  *

@@ -5,30 +5,32 @@
 #include "tevcv/types.h"
 
 /**
- * @defgroup geometry Geometry: lens undistortion and sub-pixel copies.
+ * @defgroup geometry Geometry
+ * Lens undistortion and sub-pixel copies.
+ * @image html geometry.png
  * @{
  */
 
 /**
  * @name Radial undistortion
  * Removes a lens's radial distortion (and, in the map builder, tangential distortion). With the focal lengths `fx`,
- * `fy` and the principal point (`cx`, `cy`), all in pixels, u = x - cx, v = y - cy and r2 = u^2 / fx^2 + v^2 / fy^2,
- * the pixel (x, y) of the result comes from
+ * `fy` and the principal point (`cx`, `cy`), all in pixels, \f$u = x - cx\f$, \f$v = y - cy\f$ and
+ * \f$r^2 = u^2 / fx^2 + v^2 / fy^2\f$, the pixel (x, y) of the result comes from
  *
- *     sx = x + u * D,  sy = y + v * D,  D = k1 * r2 + k2 * r2^2
+ * \f[ sx = x + u D, \qquad sy = y + v D, \qquad D = k_1 r^2 + k_2 r^4 \f]
  *
  * of the source. The map builder writes these positions to two float maps without any test of bounds. With tangential
  * coefficients, xn = u / fx, yn = v / fy, it takes
  *
- *     D = 2 * p2 * xn + 2 * p1 * yn + k1 * r2 + k2 * r2^2
- *     xMap(x, y) = fx * p2 * r2 + x + u * D,  yMap(x, y) = fy * p1 * r2 + y + v * D.
+ * \f[ D = 2 p_2 xn + 2 p_1 yn + k_1 r^2 + k_2 r^4, \f]
+ * \f[ xMap(x, y) = fx \, p_2 r^2 + x + u D, \qquad yMap(x, y) = fy \, p_1 r^2 + y + v D. \f]
  *
  * The warp samples the source where 0 <= sx < width - 1 and 0 <= sy < height - 1, and leaves every other pixel of `dst`
  * as it was: a caller who wants a defined value there clears `dst` first. A sample mixes the four pixels around the
  * position, with the fractions a = sx - floor(sx), b = sy - floor(sy):
  *
- *     a * b * src(x + 1, y + 1) + b * (1 - a) * src(x + 1, y) + (1 - a) * (1 - b) * src(x, y)
- *         + a * (1 - b) * src(x, y + 1)
+ * \f[ a b \, src(x + 1, y + 1) + b (1 - a) \, src(x + 1, y) + (1 - a)(1 - b) \, src(x, y)
+ *     + a (1 - b) \, src(x, y + 1). \f]
  *
  * The pixel to the right takes the vertical fraction and the pixel below the horizontal one, unlike the plain bilinear
  * rule; images that callers have stored depend on it. Integer results are rounded by adding 0.5 and truncating.

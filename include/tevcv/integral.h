@@ -5,7 +5,9 @@
 #include "tevcv/types.h"
 
 /**
- * @defgroup integral Integral images, deviation in a window, and the stages of a Haar cascade.
+ * @defgroup integral Integral images and cascades
+ * Integral images, deviation in a window, and the stages of a Haar cascade.
+ * @image html integral.png
  * @{
  */
 
@@ -15,7 +17,7 @@
  *
  * Upright: `dst` has `width` + 1 columns and `height` + 1 rows, and
  *
- *     dst[y][x] = value + sum of src[j][i] over j < y, i < x.
+ * \f[ dst[y][x] = value + \sum_{j < y} \sum_{i < x} src[j][i]. \f]
  *
  * Tilted by 45 degrees: `dst` has `width` + 2 columns and `height` + 2 rows. Rows 0 and 1 are `value`, and for each
  * source row j the table row j + 2 is
@@ -65,7 +67,7 @@ TEV_API TevStatus teviTiltedSqrIntegral_8u32f64f_C1R(const Tev8u* src, int srcSt
  * @name Standard deviation in a window
  * The standard deviation of the pixels under a fixed rectangle, at every position of it:
  *
- *     dst = sqrt(max(0, Q / A - (S / A)^2)),
+ * \f[ dst = \sqrt{\max(0, Q / A - (S / A)^2)}, \f]
  *
  * S and Q being the rectangle's sums in the table `src` and the table of squares `sqr`, A its area. A NaN under the
  * root gives 0. `src` and `sqr` point at the elements where the window of output pixel (0, 0) begins; `roiSize` is the
@@ -172,8 +174,8 @@ TEV_API TevStatus teviTiltHaarFeatures_32s(const Tev8u* pSelect, int anchorFlag,
  * At every position whose element of `mask` is not 0, the votes of the stage's classifiers are added in stored order.
  * Where the sum v is below `threshold` the mask element becomes 0; all others stay and are counted in `pPositive`. A
  * cascade is one call for each stage with the same mask. Rejected positions read nothing from the tables. With s a
- * classifier's weighted sum, t its threshold and n the element of `norm`, the vote is the value above where t n <= s.
- * So a NaN in t n or s votes below, and a position whose v is NaN stays.
+ * classifier's weighted sum, t its threshold and n the element of `norm`, the vote is the value above where
+ * \f$t n \le s\f$. So a NaN in t n or s votes below, and a position whose v is NaN stays.
  *
  * `src` is the table's element at position (0, 0) of `roiSize`, `norm` as a rule the deviation in the window. The
  * `Mixed` members read tilted classifiers from `tilt`, at one row down and one column right of the position, for the

@@ -5,8 +5,9 @@
 #include "tevcv/types.h"
 
 /**
- * @defgroup morphology Morphology: structuring elements, erosion, dilation and what is composed of them,
- * reconstruction.
+ * @defgroup morphology Morphology
+ * Structuring elements, erosion, dilation and what is composed of them, reconstruction.
+ * @image html morphology.png
  * @{
  */
 
@@ -139,10 +140,12 @@ TEV_API TevStatus teviMorphologyFree(TevMorphState* state);
 
 /**
  * @name Erosion and dilation
- * dst(x, y) = the least (erosion) or greatest (dilation) src(x + i - anchor.x, y + j - anchor.y), each channel on its
- * own, over the cells (i, j) of the structuring element, positions clamped to the region. An element without cells
- * gives a copy. Images are `roiSize` pixels and must not overlap; `borderType` is #tevBorderRepl. `state` is one built
- * for the same element type and channels.
+ * The least (erosion) or greatest (dilation) pixel under the cells (i, j) of the structuring element B with anchor a,
+ * \f[ dst(x, y) = \min_{(i, j) \in B} src(x + i - a_x, y + j - a_y), \qquad
+ *     dst(x, y) = \max_{(i, j) \in B} src(x + i - a_x, y + j - a_y), \f]
+ * each channel on its own, positions clamped to the region. An element without cells gives a copy. Images are `roiSize`
+ * pixels and must not overlap; `borderType` is #tevBorderRepl. `state` is one built for the same element type and
+ * channels.
  *
  * For a general element, floats are folded row by row of the element from +3.4028235e38 (erosion) or -3.4028235e38: in
  * erosion the fold takes over each value unless that is greater, NaN too, and the next value replaces a NaN; in
@@ -203,7 +206,8 @@ TEV_API TevStatus teviDilateBorderReplicate_32f_C4R(const Tev32f* src, int srcSt
  *         (width or height below 1), #tevStatusBadStep, #tevStatusStepNotAligned, #tevStatusBadArg (`borderType` is not
  *         #tevBorderRepl), #tevStatusBadSize (wider or smaller than the state's region), #tevStatusNoMemory (no scratch
  *         for a taller region), in that order.
- * @see J. Serra, "Image Analysis and Mathematical Morphology", 1982; F. Meyer, "Contrast feature extraction", 1979.
+ * @see J. Serra, "Image Analysis and Mathematical Morphology", 1982; F. Meyer, "Iterative image transformations for
+ * an automatic screening of cervical smears", 1979.
  * @{
  */
 TEV_API TevStatus teviMorphAdvGetSize_8u_C1R(TevSize roiSize, const Tev8u* mask, TevSize maskSize, int* size);
@@ -301,11 +305,12 @@ TEV_API TevStatus teviMorphGradientBorder_32f_C4R(const Tev32f* src, int srcStep
 
 /**
  * @name Grey-scale morphology
- * With a kernel of values k: dilation is dst(x, y) = max over i, j of src(x + j - anchor.x, y + i - anchor.y) + k(i,
- * j), erosion the min of the same sums, positions clamped to the region (row i, column j of the kernel). The kernel is
- * not reflected, and erosion adds its values too: negate them to subtract. Byte results are limited to 0..255; sums
- * beyond 32 bits saturate. Floats start from -3.4028235e38 (dilation) or 3.4028235e38, which therefore bound the result
- * from one side, and a sum that is NaN is passed over.
+ * With a kernel of values k, row i and column j, and its anchor a, dilation is
+ * \f[ dst(x, y) = \max_{i, j} \; src(x + j - a_x, y + i - a_y) + k(i, j) \f]
+ * and erosion the minimum of the same sums, positions clamped to the region. The kernel is not reflected, and erosion
+ * adds its values too: negate them to subtract. Byte results are limited to 0..255; sums beyond 32 bits saturate.
+ * Floats start from -3.4028235e38 (dilation) or 3.4028235e38, which therefore bound the result from one side, and a sum
+ * that is NaN is passed over.
  *
  * `mask` holds the kernel's `maskSize` values row by row without padding, all of which count; it is copied. `anchor`
  * counts from its top-left cell. A state serves regions up to `roiSize`, any number of running calls at a time, and has

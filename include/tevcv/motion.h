@@ -6,7 +6,9 @@
 #include "tevcv/types.h"
 
 /**
- * @defgroup motion Motion and background: optical flow, foreground models, motion history.
+ * @defgroup motion Motion and background
+ * Optical flow, foreground models, motion history.
+ * @image html motion.png
  * @{
  */
 
@@ -17,10 +19,10 @@ typedef struct TevOptFlowPyrLKState TevOptFlowPyrLKState;
  * @name Pyramidal optical flow
  * Tracks points from one image to the next: on each level of two pyramids, from the coarsest to the finest, the
  * position of a square window of `windowSize` pixels is moved by Newton steps until the second image matches the first.
- * With the gradient (Ix, Iy) of the first image and d = I - J, one step solves
+ * With the gradient (Ix, Iy) of the first image I and the difference d = I - J to the second, one step solves
  *
- *     | sum Ix^2   sum Ix Iy | | dx |   | sum Ix d |
- *     | sum Ix Iy  sum Iy^2  | | dy | = | sum Iy d |
+ * \f[ \begin{pmatrix} \sum I_x^2   & \sum I_x I_y \\ \sum I_x I_y & \sum I_y^2   \end{pmatrix}
+ *     \begin{pmatrix} dx \\ dy \end{pmatrix} = \begin{pmatrix} \sum I_x d \\ \sum I_y d \end{pmatrix} \f]
  *
  * over the part of the window that lies in both images.
  *
@@ -102,7 +104,8 @@ typedef struct TevForegroundGaussianState {
  *
  * `teviForegroundGaussian` takes one more frame. For each pixel:
  *
- *   1. The first mode with `matchThreshold`^2 * variance > (mean - x)^2, summed over channels on both sides, matches.
+ *   1. The first mode with \f$t^2 \sigma^2 > (\mu - x)^2\f$, summed over channels on both sides, matches: t is
+ *      `matchThreshold`, \f$\mu\f$ and \f$\sigma^2\f$ the mode's mean and variance.
  *   2. With n the sum of all counts, weights move towards 1 (the mode that matched) or 0 (the others) by 1 / (n + 1) of
  *      the way. The matched mode's count grows by 1, its mean moves by d / count, d = x - mean, and its variance by
  *      (d^2 - variance) / count. On the one call where `frameCount` reaches `window`, weights move by 1 / `window`
@@ -198,12 +201,13 @@ typedef struct TevForegroundHistogramState {
  *     greatest standard deviation among the differences t to 255, for all t, and at least 10. Likewise for the
  *     background image.
  *   - Changed since the previous frame: foreground if the pair table is not learned yet, or if
- *     2 * pb * P <= p, summed over those of the first `pairPeek` entries with p above `slowAlpha` whose first three
- *     bytes are within 8 of the three bytes at the pixel; P is the pixel's own probability of background. With one
- *     channel the three bytes are the pixel and the two behind it in memory, for which the region's last byte stands
- *     past the region's end, and an entry's are the value before, the value after and 0.
- *   - Else, different from the background: foreground if the colour table is learned and 2 * pb * P <= p, summed over
- *     those of the first `colorPeek` entries with p above `slowAlpha` that are within 4 of the colour.
+ *     \f$2 P \sum pb \le \sum p\f$ over those of the first `pairPeek` entries with p above `slowAlpha` whose first
+ *     three bytes are within 8 of the three bytes at the pixel; P is the pixel's own probability of background. With
+ *     one channel the three bytes are the pixel and the two behind it in memory, for which the region's last byte
+ *     stands past the region's end, and an entry's are the value before, the value after and 0.
+ *   - Else, different from the background: foreground if the colour table is learned and
+ *     \f$2 P \sum pb \le \sum p\f$ over those of the first `colorPeek` entries with p above `slowAlpha` that are within
+ *     4 of the colour.
  *   - Else background.
  *
  * `teviForegroundHistogramUpdate` learns. `mask` is 0 where the frame shows background. The pair table learns where the

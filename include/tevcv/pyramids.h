@@ -8,6 +8,7 @@
  * @defgroup pyramids Image pyramids
  * Sequences of images, each smaller than the one before. The idea: P. J. Burt, E. H. Adelson, "The Laplacian Pyramid as
  * a Compact Image Code", 1983.
+ * @image html pyramids.png
  * @{
  */
 
@@ -119,8 +120,9 @@ TEV_API TevStatus teviPyramidLayerUpFree_32f_C3R(TevPyramidLayerState* pState);
  * @name Gaussian steps of rate 2
  * Halve or double an image of `srcRoi` pixels with the kernel 1 4 6 4 1 in both directions, channel by channel.
  *
- * Down: dst has (width + 1) / 2 x (height + 1) / 2 pixels, and dst(x, y) is the sum of src around (2x, 2y) by the
- * kernel, divided by 256. The image is reflected about its outermost pixels on all sides.
+ * Down: dst has (width + 1) / 2 x (height + 1) / 2 pixels, and with the kernel k = 1 4 6 4 1
+ * \f[ dst(x, y) = \frac{1}{256} \sum_{j = -2}^{2} \sum_{i = -2}^{2} k_i k_j \; src(2x + i, 2y + j). \f]
+ * The image is reflected about its outermost pixels on all sides.
  *
  * Up: dst has 2 width x 2 height pixels. Even samples are weighted 1 6 1, odd ones 4 4, in both directions, divided by
  * 64. On the left and at the top the image is reflected about its outermost pixels; on the right and at the bottom the

@@ -5,7 +5,9 @@
 #include "tevcv/types.h"
 
 /**
- * @defgroup segmentation Segmentation: flood fill, watershed, gradient segmentation, labelling.
+ * @defgroup segmentation Segmentation
+ * Flood fill, watershed, gradient segmentation, labelling.
+ * @image html segmentation.png
  * @{
  */
 

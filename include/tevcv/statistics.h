@@ -5,14 +5,16 @@
 #include "tevcv/types.h"
 
 /**
- * @defgroup statistics Statistics of a region: mean and deviation, extrema with index, norms.
+ * @defgroup statistics Statistics
+ * Mean and deviation, extrema with index and norms of a region.
+ * @image html statistics.png
  * @{
  */
 
 /**
  * @name Mean
- * Mean of the pixels that a mask selects: `*pMean` = S / n, with S the sum of the n elements whose mask element is
- * not 0, in double precision. Where the mask selects nothing it is 0.0, and the call returns #tevStatusOk.
+ * Mean of the pixels that a mask selects: `*pMean` = \f$S / n\f$, with S the sum of the n elements whose mask element
+ * is not 0, in double precision. Where the mask selects nothing it is 0.0, and the call returns #tevStatusOk.
  *
  * `src` is `roiSize` pixels of one channel (`C1`) or of three interleaved ones (`C3C`), of which `coi`, 1 to 3, names
  * the one that counts. `mask` is `roiSize` bytes. Steps are bytes. Integer sums are exact. Sums of floats run in scan
@@ -45,14 +47,16 @@ TEV_API TevStatus teviMean_32f_C3CMR(const Tev32f* src, int srcStep, const Tev8u
 
 /**
  * @name Mean and standard deviation
- * `*pMean` = m = S1 / n and `*pStdDev` = sqrt(|S2 / n - m * m|), the population form, with S1 and S2 the sums of the n
- * elements and of their squares. All pixels count, or those whose mask element is not 0 (`MR`). Either result may be
- * null and is then not written. Where the mask selects nothing both are 0.0, and the call returns #tevStatusOk.
+ * `*pMean` = m and `*pStdDev` = s, the population form, with
+ * \f[ m = S_1 / n, \qquad s = \sqrt{|S_2 / n - m^2|}, \f]
+ * S1 and S2 being the sums of the n elements and of their squares. All pixels count, or those whose mask element is not
+ * 0 (`MR`). Either result may be null and is then not written. Where the mask selects nothing both are 0.0, and the
+ * call returns #tevStatusOk.
  *
  * Images, mask, `coi` and sums are those of the mean. Floats with a deviation below sqrt(0.05) of their mean are read a
- * second time, and the deviation becomes sqrt(sum (x - m)^2 / n): the two-pass algorithm, which keeps the digits that
- * the difference of two large squares loses (T. F. Chan, G. H. Golub, R. J. LeVeque, "Algorithms for Computing the
- * Sample Variance: Analysis and Recommendations", 1983).
+ * second time, and the deviation becomes \f$\sqrt{\sum (x - m)^2 / n}\f$: the two-pass algorithm, which keeps the
+ * digits that the difference of two large squares loses (T. F. Chan, G. H. Golub, R. J. LeVeque, "Algorithms for
+ * Computing the Sample Variance: Analysis and Recommendations", 1983).
  * @return #tevStatusNullPtr (the image or the mask), #tevStatusBadSize (width or height below 1), #tevStatusBadStep (a
  *         step shorter than the row), #tevStatusStepNotAligned (`srcStep` is no multiple of the element's size),
  *         #tevStatusBadCoi, in that order. #tevStatusNoMemory as above.
@@ -154,8 +158,9 @@ TEV_API TevStatus teviMinMaxIndx_32f_C3CMR(const Tev32f* src, int srcStep, const
 
 /**
  * @name Norms of an image
- * The infinity, L1 or L2 norm of the selected pixels of one image: max |x|, sum |x|, sqrt(sum x^2). The definitions
- * are those of Gene H. Golub and Charles F. Van Loan, "Matrix Computations", 1983.
+ * The infinity, L1 or L2 norm of the selected pixels of one image: \f$\max |x|\f$, \f$\sum |x|\f$,
+ * \f$\sqrt{\sum x^2}\f$. The definitions are those of Gene H. Golub and Charles F. Van Loan, "Matrix Computations",
+ * 1983.
  * @par Arguments
  * `src` is an image of `roiSize` pixels, of one channel (`C1MR`) or of three interleaved ones (`C3CMR`), of which `coi`
  * (1 to 3) names the channel that is measured. `mask` has `roiSize` elements of one byte; a pixel whose element is 0
@@ -225,8 +230,8 @@ TEV_API TevStatus teviNorm_L2_32f_C3CMR(const Tev32f* src, int srcStep, const Te
 
 /**
  * @name Norms of a difference
- * The infinity, L1 or L2 norm of the difference of two images: max |a - b|, sum |a - b|, sqrt(sum (a - b)^2) over the
- * selected pixels.
+ * The infinity, L1 or L2 norm of the difference of two images: \f$\max |a - b|\f$, \f$\sum |a - b|\f$,
+ * \f$\sqrt{\sum (a - b)^2}\f$ over the selected pixels.
  * @par Arguments
  * `src1` and `src2` are images of `roiSize` pixels, of one channel (`C1MR`) or of three interleaved ones (`C3CMR`), of
  * which `coi` (1 to 3) names the channel that is measured. `mask` has `roiSize` elements of one byte; a pixel whose
@@ -294,9 +299,11 @@ TEV_API TevStatus teviNormDiff_L2_32f_C3CMR(const Tev32f* src1, int src1Step, co
 
 /**
  * @name Relative norms
- * The norm of the difference of two images over the same norm of the second: max |a - b| / max |b|,
- * sum |a - b| / sum |b|, sqrt(sum (a - b)^2 / sum b^2) over the selected pixels; the relative error of `src1` as an
- * approximation of `src2` (Gene H. Golub and Charles F. Van Loan, "Matrix Computations", 1983).
+ * The norm of the difference of two images over the same norm of the second:
+ * \f[ \frac{\max |a - b|}{\max |b|}, \quad \frac{\sum |a - b|}{\sum |b|}, \quad
+ *     \sqrt{\frac{\sum (a - b)^2}{\sum b^2}} \f]
+ * over the selected pixels; the relative error of `src1` as an approximation of `src2` (Gene H. Golub and Charles F.
+ * Van Loan, "Matrix Computations", 1983).
  * @par Arguments
  * As for the norms of a difference; `pValue` receives a number without a unit.
  * @par Range
