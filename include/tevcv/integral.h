@@ -35,8 +35,8 @@
  *         or a table's step below its row), #tevStatusStepNotAligned (a table's step that is no multiple of its
  *         element's size), in that order.
  *
- * F. C. Crow, Summed-area tables for texture mapping, 1984. R. Lienhart, J. Maydt, An extended set of Haar-like
- * features for rapid object detection, 2002.
+ * @see F. C. Crow, "Summed-area tables for texture mapping", 1984; R. Lienhart, J. Maydt, "An extended set of Haar-like
+ *      features for rapid object detection", 2002.
  * @{
  */
 TEV_API TevStatus teviIntegral_8u32s_C1R(const Tev8u* src, int srcStep, Tev32s* dst, int dstStep, TevSize roiSize,
@@ -88,7 +88,7 @@ TEV_API TevStatus teviTiltedSqrIntegral_8u32f64f_C1R(const Tev8u* src, int srcSt
  *         than the output's row), #tevStatusStepNotAligned, #tevStatusBadSize again (a `rect` that starts below 0 or
  *         is smaller than 1 x 1), in that order.
  *
- * P. Viola, M. Jones, Rapid object detection using a boosted cascade of simple features, 2001.
+ * @see P. Viola, M. Jones, "Rapid object detection using a boosted cascade of simple features", 2001.
  * @{
  */
 TEV_API TevStatus teviRectStdDev_32f_C1R(const Tev32f* src, int srcStep, const Tev64f* sqr, int sqrStep, Tev32f* dst,
@@ -189,8 +189,8 @@ TEV_API TevStatus teviTiltHaarFeatures_32s(const Tev8u* pSelect, int anchorFlag,
  *         mask), #tevStatusStepNotAligned (a step of the 32-bit images that is no multiple of 4), and from
  *         `teviApplyMixedHaarClassifier_32s_C1RSfs` #tevStatusBadArg (`scaleFactor` above 0), in that order.
  *
- * P. Viola, M. Jones, Rapid object detection using a boosted cascade of simple features, 2001. R. Lienhart, J. Maydt,
- * An extended set of Haar-like features for rapid object detection, 2002.
+ * @see P. Viola, M. Jones, "Rapid object detection using a boosted cascade of simple features", 2001; R. Lienhart, J.
+ *      Maydt, "An extended set of Haar-like features for rapid object detection", 2002.
  * @{
  */
 TEV_API TevStatus teviApplyHaarClassifier_32f_C1R(const Tev32f* src, int srcStep, const Tev32f* norm, int normStep,
