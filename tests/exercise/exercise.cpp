@@ -120,7 +120,8 @@ Outcome perform(const Entry& entry, Draw draw, Exercise::Settings settings, Name
 const std::vector<Entry>& entries() {
   static const std::vector<Entry> all = [] {
     std::vector<Entry> list;
-    for (auto subsystem : {EXERCISE_SUBSYSTEMS}) {
+    for (auto subsystem : {primitives, arithmetic, statistics, integral, filtering, morphology, pyramids, motion,
+                           distance, segmentation, features, geometry}) {
       const std::vector<Entry> part = subsystem();
       list.insert(list.end(), part.begin(), part.end());
     }

@@ -287,6 +287,7 @@ void hooks(Exercise& e) {
   void* const larger = e.call("i_realloc", i_realloc, block, 4 * size);
   if (larger) e.record(static_cast<const unsigned char*>(larger), 3 * size);
   i_free(larger ? larger : block);
+  if (!larger) throw Exercise::Stop{tevStatusNoMemory};
 }
 
 void version(Exercise& e) {
