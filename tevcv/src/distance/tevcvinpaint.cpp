@@ -294,23 +294,27 @@ template <int channels, int method>
 struct Gradients;
 template <>
 struct Gradients<1, tevInpaintGradient> {
-  static constexpr auto &all = owncvGradient_8u16s_C1MR, &known = owncvModGradient_8u16s_C1MR,
-                        &point = owncvModGradientPoint_8u16s_C1MR;
+  static constexpr auto& all = owncvGradient_8u16s_C1MR;
+  static constexpr auto& known = owncvModGradient_8u16s_C1MR;
+  static constexpr auto& point = owncvModGradientPoint_8u16s_C1MR;
 };
 template <>
 struct Gradients<3, tevInpaintGradient> {
-  static constexpr auto &all = owncvGradient_8u16s_C3MR, &known = owncvModGradient_8u16s_C3MR,
-                        &point = owncvModGradientPoint_8u16s_C3MR;
+  static constexpr auto& all = owncvGradient_8u16s_C3MR;
+  static constexpr auto& known = owncvModGradient_8u16s_C3MR;
+  static constexpr auto& point = owncvModGradientPoint_8u16s_C3MR;
 };
 template <>
 struct Gradients<1, tevInpaintIsophote> {
-  static constexpr auto &all = owncvAbsGradient_8u16s_C1MR, &known = owncvModAbsGradient_8u16s_C1MR,
-                        &point = owncvModAbsGradientPoint_8u16s_C1MR;
+  static constexpr auto& all = owncvAbsGradient_8u16s_C1MR;
+  static constexpr auto& known = owncvModAbsGradient_8u16s_C1MR;
+  static constexpr auto& point = owncvModAbsGradientPoint_8u16s_C1MR;
 };
 template <>
 struct Gradients<3, tevInpaintIsophote> {
-  static constexpr auto &all = owncvAbsGradient_8u16s_C3MR, &known = owncvModAbsGradient_8u16s_C3MR,
-                        &point = owncvModAbsGradientPoint_8u16s_C3MR;
+  static constexpr auto& all = owncvAbsGradient_8u16s_C3MR;
+  static constexpr auto& known = owncvModAbsGradient_8u16s_C3MR;
+  static constexpr auto& point = owncvModAbsGradientPoint_8u16s_C3MR;
 };
 
 // The mask grown by an element, without the mask itself.

@@ -30,7 +30,7 @@ Tev32f squared(int i) { return static_cast<Tev32f>(i) * static_cast<Tev32f>(i); 
 // The squared distance of each pixel to the nearest zero of its column. All columns go together, a row at a time; the
 // distances are counted as integers in the words of the output.
 void squaredColumnDistances(Rows<const Tev8u> src, Rows<Tev32f> dst, TevSize roi) {
-  const auto [width, height] = roi;
+  const int width = roi.width, height = roi.height;
   const auto count = [](Tev32f word) { return std::bit_cast<Tev32s>(word); };
   const auto word = [](Tev32s n) { return std::bit_cast<Tev32f>(n); };
 
