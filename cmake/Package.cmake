@@ -29,9 +29,10 @@ foreach(component IN LISTS components)
   set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${${component}_package})
 endforeach()
 
-# Packages of both architectures can be installed side by side. CMake has no variable for the field before 3.31, so it
-# travels behind the section.
+# Library packages of both architectures can be installed side by side, and one program serves both. CMake has no variable
+# for the field before 3.31, so it travels behind the section.
 set(side_by_side "\nMulti-Arch: same")
+set(serves_both "\nMulti-Arch: foreign")
 
 # What the libraries need is written out: a 64-bit machine has no packages of the 32-bit libraries to look it up in. The
 # packages' test holds it against what the libraries import.
@@ -63,9 +64,14 @@ examples.
 ")
 
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION graphics)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION "graphics${serves_both}")
+if(CPACK_DEBIAN_PACKAGE_ARCHITECTURE STREQUAL i386)
+  # The picture libraries are part of this program.
+  set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libc6 (>= 2.34), libgcc-s1 (>= 3.0), libstdc++6 (>= 12)")
+else()
+  set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+endif()
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION
 "image-analysis and computer-vision primitives (command-line program)
 Edges, corners, lines, faces, filters, morphology, distance maps, inpainting,
@@ -101,5 +107,11 @@ execute_process(COMMAND ${GZIP} -9nc ${CMAKE_SOURCE_DIR}/cmake/changelog
 foreach(component IN LISTS components)
   install(FILES ${control}/changelog.gz DESTINATION ${docs}/${${component}_package} COMPONENT ${component})
 endforeach()
+if(TARGET tevcv_cli)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS tools/tevcv/tevcv.1)
+  execute_process(COMMAND ${GZIP} -9nc ${CMAKE_SOURCE_DIR}/tools/tevcv/tevcv.1
+    OUTPUT_FILE ${control}/tevcv.1.gz COMMAND_ERROR_IS_FATAL ANY)
+  install(FILES ${control}/tevcv.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+endif()
 
 include(CPack)

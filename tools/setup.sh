@@ -10,8 +10,14 @@ need() {
   echo "Installing ${missing[*]}"
   local root=()
   [ "$(id -u)" -eq 0 ] || root=(sudo)
-  "${root[@]}" apt-get update -qq
-  "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" > /dev/null
+  # Lists that cannot be renewed now may still do: the installation decides.
+  local attempt
+  for attempt in 1 2 3; do
+    if "${root[@]}" apt-get update -qq; then break; fi
+    sleep 5
+  done
+  "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+    -o Acquire::Retries=3 "${missing[@]}" > /dev/null
 }
 
 need_build_tools() {
@@ -57,9 +63,9 @@ newest_variant() {
   echo x86_64
 }
 
-build() {  # build PRESET
+build() {  # build PRESET [TARGET...]
   echo "== building $1"
   cmake --preset "$1" > "build-$1.log" 2>&1 || { cat "build-$1.log"; return 1; }
-  cmake --build --preset "$1" >> "build-$1.log" 2>&1 || { grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking|Creating)' "build-$1.log"; return 1; }
+  cmake --build --preset "$1" ${2:+--target "${@:2}"} >> "build-$1.log" 2>&1 || { grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking|Creating)' "build-$1.log"; return 1; }
   rm "build-$1.log"
 }

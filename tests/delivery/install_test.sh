@@ -102,14 +102,14 @@ expected_files() {
     echo "usr/lib/x86_64-linux-gnu/glibc-hwcaps/$level/libtevcvpx.so.$version"
   done
   printf 'usr/share/doc/%s\n' {"libtevcvpx$version",libtevcvpx-dev}/{copyright,changelog.gz} libtevcvpx-dev/README.md
+  if [ -n "$with_program" ]; then
+    printf 'usr/%s\n' bin/tevcv share/man/man1/tevcv.1.gz share/doc/tevcv-tools/{copyright,changelog.gz}
+  fi
   (cd "$source" && find examples -type f ! -name CMakeLists.txt -printf 'usr/share/doc/libtevcvpx-dev/%p\n')
 }
 
-# The command-line program and its documents come along where they were built.
 all_files_are_there_and_no_others() {
-  same "$(expected_files | sort)" \
-    "$(cd "$root" && find usr ! -type d ! -path usr/bin/tevcv ! -path 'usr/share/man/man1/tevcv.1*' \
-      ! -path 'usr/share/doc/tevcv-tools/*' | sort)"
+  same "$(expected_files | sort)" "$(cd "$root" && find usr ! -type d | sort)"
 }
 
 headers_are_those_of_the_source() {
@@ -187,6 +187,15 @@ cmake_refuses_the_other_abi() {
     -DCMAKE_PREFIX_PATH= -Dtevcv_DIR="$(libraries $other)/cmake/tevcv"
 }
 
+# The command-line program, which tells the library that it uses.
+program_runs() {  # TRIPLET DIRECTORY
+  local told
+  told=$(LD_LIBRARY_PATH=$(libraries "$1") "$root/usr/bin/tevcv" info)
+  echo "$told"
+  [[ $told = *"$(libraries "$1")/$2libtevcvpx.so.$version"* ]]
+  if readelf -d "$root/usr/bin/tevcv" | grep -E 'RPATH|RUNPATH'; then return 1; fi
+}
+
 # ---- the loader -----------------------------------------------------------------------------------------------------
 
 loader=/lib64/ld-linux-x86-64.so.2
@@ -227,7 +236,9 @@ package_is_described() {
     libtevcvpx-dev)
       same same "$(field "$1" Multi-Arch)"
       same "libtevcvpx$version (= $version)" "$(field "$1" Depends)" ;;
-    tevcv-tools) field "$1" Depends | grep -F "libtevcvpx$version (= $version)" ;;
+    tevcv-tools)
+      same foreign "$(field "$1" Multi-Arch)"
+      field "$1" Depends | grep -F "libtevcvpx$version (= $version)" ;;
     *) return 1 ;;
   esac
   dpkg-deb --fsys-tarfile "$1" | tar -t > "$work/contents"
@@ -276,8 +287,14 @@ $(for level in "${levels[@]}"; do
   done)" "$(/sbin/ldconfig -C "$work/ld.so.cache" -p | sed 's/^\t//' | grep -F "$root" | grep libtevcvpx.so.$version | sort)"
 }
 
+# The packages of the program take each other's place.
+other_program_is_installed_and_runs() {  # PACKAGE TRIPLET
+  in_root -i "$1"
+  program_runs "$2" ""
+}
+
 nothing_is_left_of_removed_packages() {
-  in_root -r $(for package in "$@"; do echo "$(field "$package" Package):$(field "$package" Architecture)"; done)
+  in_root -r $(dpkg-query --admindir="$root/var/lib/dpkg" -W -f '${Package}:${Architecture}\n' | grep tevcv)
   same "" "$(cd "$root" && find . ! -type d ! -path './var/lib/dpkg/*')"
 }
 
@@ -286,11 +303,17 @@ nothing_is_left_of_removed_packages() {
 case $kind in
   builds)
     levels=($(for build in "$@"; do sed -nE 's/^TEVCV_VARIANT:STRING=(.+)/\1/p' "$build/CMakeCache.txt"; done | sort))
+    with_program=$(for build in "$@"; do [ ! -x "$build/bin/tevcv" ] || echo true; done | sort -u)
     check "builds are installed" install_builds "$@" ;;
   packages)
     need dpkg-dev fakeroot
     levels=(x86-64-v3 x86-64-v4)
-    check "packages of both architectures are installed side by side" install_packages "$@"
+    others=() together=()
+    for package in "$@"; do
+      if [[ $package = */tevcv-tools_*_i386.deb ]]; then others+=("$package"); else together+=("$package"); fi
+    done
+    with_program=$([[ " $* " != */tevcv-tools_*_amd64.deb* ]] || echo true)
+    check "packages of both architectures are installed side by side" install_packages "${together[@]}"
     for package in "$@"; do check "$(basename "$package") is described" package_is_described "$package"; done
     for package in "$@"; do
       [ "$(field "$package" Package)" = libtevcvpx$version ] || continue
@@ -342,8 +365,15 @@ check "loader picks the best build without AVX-512" with GLIBC_TUNABLES=glibc.cp
 check "loader picks the plain build without AVX2" \
   with GLIBC_TUNABLES=glibc.cpu.hwcaps=-AVX2 loader_picks_the_plain_one
 
+if [ -n "$with_program" ]; then
+  check "command-line program runs with the best build" program_runs x86_64-linux-gnu "$(best_directory)"
+fi
 if [ "$kind" = packages ]; then
-  check "nothing is left of removed packages" nothing_is_left_of_removed_packages "$@"
+  for package in "${others[@]}"; do
+    check "command-line program is installed for the other architecture, and runs" \
+      other_program_is_installed_and_runs "$package" i386-linux-gnu
+  done
+  check "nothing is left of removed packages" nothing_is_left_of_removed_packages
 fi
 
 echo
