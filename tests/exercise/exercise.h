@@ -203,7 +203,9 @@ class Exercise {
   void spoil(TevSize& size) {
     size = draw.anyOf<TevSize>({{0, size.height}, {size.width, 0}, {-1, size.height}, {size.width, INT32_MIN}});
   }
-  void spoil(int& value) { value = draw.anyOf<int>({0, -1, value - 1, INT32_MIN, value > 0 ? -value : -1}); }
+  void spoil(int& value) {
+    value = draw.anyOf<int>({0, -1, value > INT32_MIN ? value - 1 : 1, INT32_MIN, value > 0 ? -value : -1});
+  }
   void spoil(TevPoint& point) {
     point = draw.anyOf<TevPoint>({{-1, point.y}, {point.x, -1}, {INT32_MAX, point.y}, {point.x, INT32_MAX}});
   }
