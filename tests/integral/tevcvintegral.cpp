@@ -192,6 +192,28 @@ TYPED_TEST(IntegralImages, EqualTheDefinitionOnWideRows) {
   }
 }
 
+// Rows go through vectors of sixteen pixels, several rows at a time, and what is left goes through them by itself.
+TYPED_TEST(IntegralImages, EqualTheDefinitionAtEverySizeAroundTheirVectors) {
+  Random random(3);
+  for (int width = 1; width <= 34; ++width)
+    for (int height = 1; height <= 9; ++height) {
+      const auto src = random.image<Tev8u>(width, height);
+      ASSERT_NO_FATAL_FAILURE(expectTables<TypeParam>(src, 3, 4, width % 2, height % 8));
+    }
+}
+
+// A row of 33025 white pixels has the last sum of squares below 2^31, one of 65793 the last sum within 24 bits, and one
+// of 66052 a sum of squares beyond 32 bits.
+TYPED_TEST(IntegralImages, EqualTheDefinitionWhereTheSumsOfARowOutgrowTheirWords) {
+  if constexpr (!TypeParam::tilted)
+    for (const int width : {33025, 33026, 65793, 65794, 66052}) {
+      Image<Tev8u> src(width, 5);
+      src.fill(255);
+      src.set(width / 2, 2, 254);
+      ASSERT_NO_FATAL_FAILURE(expectTables<TypeParam>(src, 1, 2, 0, 0));
+    }
+}
+
 TYPED_TEST(IntegralImages, OfBlackAreTheStartingValueEverywhere) {
   using T = typename TypeParam::T;
   using Sqr = typename TypeParam::Sqr;

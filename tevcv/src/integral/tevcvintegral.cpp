@@ -1,68 +1,26 @@
 // Integral images, upright and tilted, of the pixels and of their squares.
 //
-// Upright, a table row is the row above plus the running sum along the source row. The running sum is found without
-// stepping from pixel to pixel: the sum of each sixteen neighbours comes from vector additions of shifted rows, and
-// then running[x] = running[x - 16] + window[x], where sixteen neighbours do not depend on each other. Tilted, every
+// Upright, a table row is the row above plus the running sum along the source row (running_sums.h). Tilted, every
 // element of a row comes from the two rows above it and there is nothing to run along.
 //
 // Tables of floats are defined in extended precision and computed in a narrower type wherever that provably gives the
 // same bits (uprightIsDirect, tiltedIsDirect).
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
+#include <utility>
 
 #include "frame/arithmetic.h"
 #include "frame/checks.h"
 #include "frame/rows.h"
+#include "integral/running_sums.h"
 #include "tevcv/integral.h"
 
 using namespace tevcv;
 
 namespace {
-
-struct Pixels {
-  using Value = Tev8u;
-  using WindowSum = Tev16u;  // 16 * 255
-  static constexpr int largest = 255;
-  static Value of(Tev8u pixel) { return pixel; }
-};
-
-struct Squares {
-  using Value = Tev16u;
-  using WindowSum = Tev32s;
-  static constexpr int largest = 255 * 255;
-  static Value of(Tev8u pixel) { return static_cast<Value>(pixel * pixel); }
-};
-
-// Running sums over a piece of a source row, from its first pixel on.
-template <class Terms>
-class RunningSums {
- public:
-  static constexpr int capacity = 512;
-
-  // The sums of the first pixel, the first two, ... of n <= capacity pixels.
-  const Tev32s* over(const Tev8u* pixels, int n) {
-    auto* const v = values_ + window;
-    auto* const four = fours_ + window;
-    auto* const running = running_ + window;
-#pragma GCC ivdep
-    for (int x = 0; x < n; ++x) v[x] = Terms::of(pixels[x]);
-#pragma GCC ivdep
-    for (int x = 0; x < n; ++x) four[x] = static_cast<WindowSum>(v[x] + v[x - 1] + v[x - 2] + v[x - 3]);
-    for (int x = 0; x < n; ++x)
-      running[x] = running[x - window] + static_cast<WindowSum>(four[x] + four[x - 4] + four[x - 8] + four[x - 12]);
-    return running;
-  }
-
- private:
-  using WindowSum = typename Terms::WindowSum;
-  static constexpr int window = 16;
-  static_assert(std::int64_t{capacity} * Terms::largest < INT32_MAX);
-  // What lies in front of the first pixel stays 0.
-  typename Terms::Value values_[window + capacity] = {};
-  WindowSum fours_[window + capacity] = {};
-  Tev32s running_[window + capacity] = {};
-};
 
 // A table under construction.
 template <class T>
@@ -97,6 +55,12 @@ bool wholeInDouble(T start, TevSize roi) {
 
 // ---- Upright ----
 
+// How the elements of a table are formed: in vectors where every running sum is a whole number of 32 bits and one
+// addition in the table's own type gives the defined result, or by the definition.
+template <class Terms>
+bool uprightIsDirect(Tev32s, TevSize) {
+  return true;
+}
 // A float plus a whole number that is a float too: one operation, which rounds the same from extended precision.
 template <class Terms>
 bool uprightIsDirect(Tev32f, TevSize roi) {
@@ -104,39 +68,81 @@ bool uprightIsDirect(Tev32f, TevSize roi) {
 }
 template <class Terms>
 bool uprightIsDirect(Tev64f start, TevSize roi) {
-  return wholeInDouble<Terms>(start, roi);
-}
-template <class Terms>
-bool uprightIsDirect(Tev32s, TevSize) {
-  return true;
+  return std::int64_t{roi.width} * Terms::largest <= INT32_MAX && wholeInDouble<Terms>(start, roi);
 }
 
-// `before` is the sum of the source row up to this piece.
-template <class Sum, class T>
-void addRunning(const T* above, const Tev32s* running, Sum before, T* row, int n) {
-#pragma GCC ivdep
-  for (int x = 0; x < n; ++x)
-    row[x] = static_cast<T>(static_cast<Sum>(above[x]) + (before + static_cast<Sum>(running[x])));
-}
-
-// One table row: the row above plus the running sums along the source row.
+// The definition: the row above plus the running sum along the source row.
 template <class Terms, class T>
-void uprightRow(const Tev8u* pixels, int width, RunningSums<Terms>& sums, const Table<T>& table, int y) {
-  const T* const above = table.rows[y] + 1;
-  T* const row = table.rows[y + 1] + 1;
-  row[-1] = table.value;
-  std::int64_t before = 0;
-  for (int x = 0; x < width; x += sums.capacity) {
-    const int n = width - x < sums.capacity ? width - x : sums.capacity;
-    const Tev32s* const running = sums.over(pixels + x, n);
-    if constexpr (std::is_same_v<T, Tev32s>)
-      addRunning(above + x, running, static_cast<std::uint32_t>(before), row + x, n);
-    else if (table.direct)
-      addRunning(above + x, running, static_cast<T>(before), row + x, n);
-    else
-      addRunning(above + x, running, static_cast<Extended>(before), row + x, n);
-    before += running[n - 1];
+void uprightRow(const Tev8u* pixels, const T* above, T* row, int width) {
+  std::int64_t sum = 0;
+  for (int x = 0; x < width; ++x) {
+    sum += Terms::of(pixels[x]);
+    row[x] = static_cast<T>(static_cast<Extended>(above[x]) + static_cast<Extended>(sum));
   }
+}
+
+// Integer tables wrap, so their elements are added as unsigned words, and so are their running sums.
+template <class T>
+using Number = std::conditional_t<std::is_same_v<T, Tev32s>, std::uint32_t, T>;
+template <class T>
+using Word = std::conditional_t<std::is_same_v<T, Tev32s>, std::uint32_t, Tev32s>;
+
+// Columns x to x + 7 of the table rows below the first one, from the running sums along their source rows.
+template <class T, class Sums>
+void addRunning(Rows<T> table, std::ptrdiff_t x, Sums first, Sums second) {
+  constexpr int lanes = sizeof(Sums) / 16, parts = partsOfEight<T, lanes>;
+  const auto addPart = [&]<int part, int... row>(std::integral_constant<int, part>,
+                                                 std::integer_sequence<int, row...>) {
+    const std::ptrdiff_t at = x + 4 * part;
+    auto cells = load<Vector<Number<T>, 8 / parts>>(table[0] + at);
+    ((cells += asNumbers<Number<T>, row, part>(first, second), store(table[row + 1] + at, cells)), ...);
+  };
+  // Doubles outgrow the caches near the processor: the same columns of the rows that come next are called for now.
+  if constexpr (sizeof(T) == 8)
+    for (int r = 1; r <= lanes; ++r) __builtin_prefetch(table[lanes + r] + x, 1);
+  addPart(std::integral_constant<int, 0>{}, std::make_integer_sequence<int, lanes>{});
+  if constexpr (parts == 2) addPart(std::integral_constant<int, 1>{}, std::make_integer_sequence<int, lanes>{});
+}
+
+// `lanes` table rows below table[0] from as many source rows.
+template <class Terms, int lanes, class T>
+void uprightRows(Rows<const Tev8u> src, Rows<T> table, int width) {
+  constexpr int block = 16;
+  RunningSums<Terms, Word<T>, lanes> sums;
+  int x = 0;
+  for (; x <= width - block; x += block)
+    sums.next(src[0] + x, src.step(), [&](int i, auto first, auto second) { addRunning(table, x + i, first, second); });
+  if (x == width) return;
+  // The rest of the rows by way of a block of their own.
+  const std::size_t rest = static_cast<std::size_t>(width - x);
+  Tev8u pixels[lanes][block] = {};
+  T cells[lanes + 1][block] = {};
+  std::memcpy(cells[0], table[0] + x, rest * sizeof(T));
+  for (int r = 0; r < lanes; ++r) std::memcpy(pixels[r], src[r] + x, rest);
+  sums.next(pixels[0], block,
+            [&](int i, auto first, auto second) { addRunning(rows(cells[0], sizeof cells[0]), i, first, second); });
+  for (int r = 1; r <= lanes; ++r) std::memcpy(table[r] + x, cells[r], rest * sizeof(T));
+}
+
+// Table rows y + 1 to y + count from source rows y to y + count - 1, count being 1 or rowsTogether.
+template <class Terms, class T>
+void uprightRows(Rows<const Tev8u> src, int width, const Table<T>& table, int y, int count) {
+  for (int r = 1; r <= count; ++r) table.rows[y + r][0] = table.value;
+  const Rows<T> cells(table.rows[y] + 1, table.rows.step());
+  if (!table.direct)
+    for (int r = 0; r < count; ++r) uprightRow<Terms>(src[y + r], cells[r], cells[r + 1], width);
+  else if (count == rowsTogether)
+    uprightRows<Terms, rowsTogether>(src.from(y), cells, width);
+  else
+    uprightRows<Terms, 1>(src.from(y), cells, width);
+}
+
+// Calls work(y, count) for all rows, for as many at a time as go together.
+template <class Work>
+void forRowsTogether(int height, Work work) {
+  int y = 0;
+  for (; y <= height - rowsTogether; y += rowsTogether) work(y, rowsTogether);
+  for (; y < height; ++y) work(y, 1);
 }
 
 template <class T>
@@ -145,9 +151,9 @@ TevStatus integral(const Tev8u* src, int srcStep, T* dst, int dstStep, TevSize r
                                  tableFits<T>(dstStep, roi.width, 1), wholeElements<T>(dstStep)))
     return s;
   const Table<T> table = {rows(dst, dstStep), value, uprightIsDirect<Pixels>(value, roi)};
-  RunningSums<Pixels> sums;
   fillRow(dst, roi.width + 1, value);
-  for (int y = 0; y < roi.height; ++y) uprightRow(rows(src, srcStep)[y], roi.width, sums, table, y);
+  forRowsTogether(roi.height,
+                  [&](int y, int count) { uprightRows<Pixels>(rows(src, srcStep), roi.width, table, y, count); });
   return tevStatusOk;
 }
 
@@ -160,15 +166,12 @@ TevStatus sqrIntegral(const Tev8u* src, int srcStep, T* dst, int dstStep, Sqr* s
     return s;
   const Table<T> table = {rows(dst, dstStep), value, uprightIsDirect<Pixels>(value, roi)};
   const Table<Sqr> sqrTable = {rows(sqr, sqrStep), valueSqr, uprightIsDirect<Squares>(valueSqr, roi)};
-  RunningSums<Pixels> sums;
-  RunningSums<Squares> sqrSums;
   fillRow(dst, roi.width + 1, value);
   fillRow(sqr, roi.width + 1, valueSqr);
-  for (int y = 0; y < roi.height; ++y) {
-    const Tev8u* const pixels = rows(src, srcStep)[y];
-    uprightRow(pixels, roi.width, sums, table, y);
-    uprightRow(pixels, roi.width, sqrSums, sqrTable, y);
-  }
+  forRowsTogether(roi.height, [&](int y, int count) {
+    uprightRows<Pixels>(rows(src, srcStep), roi.width, table, y, count);
+    uprightRows<Squares>(rows(src, srcStep), roi.width, sqrTable, y, count);
+  });
   return tevStatusOk;
 }
 
