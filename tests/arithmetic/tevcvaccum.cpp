@@ -178,6 +178,49 @@ TYPED_TEST(Accumulate, LongRunsOfSumsThatFallBetweenFloatsEqualTheDefinition) {
   }
 }
 
+TYPED_TEST(Accumulate, BlendsNearTheMiddleOfTwoFloatsEqualTheDefinition) {
+  using S = TypeParam;
+  Random random;
+  // Accumulators a few last places from their source, weights near a fraction of small numbers: the blend falls on the
+  // middle of two floats or beside it. Others far below the source, 0, or among the smallest floats.
+  for (int trial = 0; trial < 80; ++trial) {
+    const auto s = random.image<S>(301, 2, [&] {
+      return random.oneIn(8) ? S{0} : static_cast<S>(random.between(0, std::is_signed_v<S> ? 127 : 255));
+    });
+    auto a = random.image<Tev32f>(301, 2, [&] { return std::ldexp(random.real(1.0F), random.between(-148, 9)); });
+    const int style = trial % 4;
+    for (int y = 0; y < 2; ++y)
+      for (int x = 0; x < 301; ++x) {
+        const auto near = static_cast<Tev32f>(s.at(x, y));
+        if (style == 0) a.set(x, y, near + static_cast<Tev32f>(random.between(-60, 60)) * std::ldexp(near, -23));
+        if (style == 1) a.set(x, y, std::fabs(std::ldexp(random.real(1.0F), random.between(-30, 9))));
+        if (style == 2) a.set(x, y, static_cast<Tev32f>(random.between(0, 1 << 20)) * 0x1p-12F);
+      }
+    const Tev32f weights[] = {0.05F, 0.1F, 0.5F, 0.25F, 0.0625F, 0x1p-12F, 0x1.8p-12F, 0.499999F};
+    const Tev32f alpha = trial < 64 ? weights[trial / 8] : std::fabs(random.real(0.5F));
+    this->compare(
+        a, s, s,
+        [&](auto& to) { return members<S>().addWeighted(s.data(), s.step(), to.data(), to.step(), to.size(), alpha); },
+        [=](Tev32f old, S p, S) { return addWeighted(old, p, alpha, Mask::none); });
+    if (this->HasFatalFailure()) return;
+  }
+}
+
+TYPED_TEST(Accumulate, ManyBlendsInARowStayWithTheDefinition) {
+  using S = TypeParam;
+  Random random;
+  // A run towards its sources passes all distances from them, and towards 0 all floats down to the smallest.
+  const auto s = random.image<S>(70, 3, [&] { return static_cast<S>(random.oneIn(4) ? 0 : random.between(0, 127)); });
+  auto a = random.image<Tev32f>(70, 3, [&] { return std::fabs(random.real(255.0F)); }), expected = a.clone();
+  for (int frame = 0; frame < 700; ++frame) {
+    const Tev32f alpha = frame < 300 ? 0.05F : 0.25F;
+    ASSERT_EQ(members<S>().addWeighted(s.data(), s.step(), a.data(), a.step(), a.size(), alpha), tevStatusOk);
+    for (int y = 0; y < 3; ++y)
+      for (int x = 0; x < 70; ++x) expected.set(x, y, addWeighted(expected.at(x, y), s.at(x, y), alpha, Mask::none));
+  }
+  EXPECT_SAME_IMAGE(a, expected);
+}
+
 TEST(AccumulateOfFloats, MayTakeTheAccumulatorAsItsSource) {
   Random random;
   const auto start = random.image<Tev32f>(150, 3);

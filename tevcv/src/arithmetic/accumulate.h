@@ -8,9 +8,9 @@
 // Three ways give the bits of that definition:
 //   - a term that is exact in a float needs one float addition, which rounds as extended precision does;
 //   - a product that is exact in a double needs one double addition (addProducts);
-//   - a blend rounds three times and runs in double with a guard (blend).
-// Where a double sum cannot tell on which side of the middle of two floats the true sum lies, extended precision
-// decides.
+//   - a blend rounds three times and runs in double with a guard (blend), or in pairs of floats where the processor
+//     multiplies and adds in one step (blendInFloats).
+// Where a sum cannot tell on which side of the middle of two floats the true one lies, extended precision decides.
 #pragma once
 
 #include <algorithm>
@@ -148,8 +148,67 @@ bool blend(const Tev32f* s, const Tev32f* a, Weight weight, int count, Tev32f* s
   return static_cast<std::int64_t>(doubt) >= 0 && static_cast<std::int32_t>(small) >= 0;
 }
 
+#ifdef __FMA__
+// The blend as a float and a float that corrects it, for accumulators from 0 to below 2^24, sources from 0 on and
+// weights of 0 or from 2^-12 to 1/2, so that nothing overflows.
+//
+// The exact blend V = a + (s - a) w is never below a / 2 nor below |(s - a) w|. With d + dRest = s - a exactly and
+// first = a + d w rounded once, remainder + remainderRest = a - first exactly: `first` is at least half as large as a,
+// so that either their difference is a float or `first` is the larger one, and a second difference gives back what the
+// first one lost. What `first` lacks, V - first = (remainder + d w) + (remainderRest + dRest w), is the sum of two
+// fused terms. Both are below 2^-22 V and rounded to 2^-24 of themselves, so `missing` is off by at most 2^-45 V +
+// 2^-24 |missing|, and extended precision departs from V by less than 2^-62 V.
+//
+// Where the sum of `first` and (1 -+ 2^-18) * missing rounds to one float, it is the defined one: a `missing` of at
+// least 2^-26 V is off by less than 2^-18 of itself, and a smaller one lies far from the middle between two floats.
+//
+// Where dRest is 0, `first` alone is the defined blend, ties and the smallest floats included: s, a and d are multiples
+// of 2^-26 of the largest of them, so that V has no more than 61 bits and meets its first rounding there. Such blends
+// are frequent, s and a being near each other, and so are near ties among them. All blends below 2^-12 of whole sources
+// are of this kind (s = 0); those of floats below 2^-60, whose terms might be subnormal, are in doubt otherwise.
+template <class S>
+constexpr bool blendsInFloats(Tev32f alpha) {
+  return (std::is_unsigned_v<S> || std::is_floating_point_v<S>)&&(alpha == 0 || (alpha >= 0x1p-12F && alpha <= 0.5F));
+}
+
+// Stores the blends of a block where all are certain, and else nothing.
+inline constexpr int blockOfFloats = 256;
+
+template <class S, class Weight>
+bool blendInFloats(const Tev32f* s, Tev32f* a, Weight weight, int count) {
+  constexpr Tev32f less = 1 - 0x1p-18F, more = 1 + 0x1p-18F;
+  Tev32f blend[blockOfFloats], correction[blockOfFloats];
+  std::uint32_t doubt = 0, largest = 0, smallest = ~0U;  // the patterns of floats from 0 on are in their order
+  for (int i = 0; i < count; ++i) {
+    const Tev32f source = s[i], old = a[i], w = weight(i), d = source - old, part = d - source;
+    // Whole numbers are multiples of the last place of any accumulator below 2^24, which saves half of the two-sum.
+    const Tev32f dRest = std::is_integral_v<S> ? -part - old : (source - (d - part)) - (old + part);
+    const Tev32f first = std::fma(d, w, old), remainder = old - first, remainderRest = old - (remainder + first);
+    const Tev32f lacking = std::fma(d, w, remainder) + std::fma(dRest, w, remainderRest);
+    const std::uint32_t exact = dRest == 0 ? ~0U : 0U;
+    const Tev32f missing = std::bit_cast<Tev32f>(std::bit_cast<std::uint32_t>(lacking) & ~exact);
+    const Tev32f below = std::fma(missing, less, first), above = std::fma(missing, more, first);
+    doubt |= std::bit_cast<std::uint32_t>(below) ^ std::bit_cast<std::uint32_t>(above);
+    if constexpr (std::is_floating_point_v<S>) {
+      largest = std::max(largest, std::max(std::bit_cast<std::uint32_t>(old), std::bit_cast<std::uint32_t>(source)));
+      smallest = std::min(smallest, std::bit_cast<std::uint32_t>(first) | exact);
+    } else {
+      largest = std::max(largest, std::bit_cast<std::uint32_t>(old));
+    }
+    blend[i] = first;
+    correction[i] = missing;
+  }
+  if (doubt != 0 || largest >= std::bit_cast<std::uint32_t>(0x1p24F) ||
+      smallest < std::bit_cast<std::uint32_t>(0x1p-60F))
+    return false;
+  for (int i = 0; i < count; ++i) a[i] = blend[i] + correction[i];
+  return true;
+}
+#endif
+
+// The blends of a run in double.
 template <bool masked, class S>
-void addWeightedRow(const S* s, const Tev8u* mask, Tev32f* a, int width, Tev32f alpha) {
+void addWeightedRun(const S* s, const Tev8u* mask, Tev32f* a, int width, Tev32f alpha) {
   const auto weight = [=](int x) {
     return std::bit_cast<Tev32f>(std::bit_cast<std::uint32_t>(alpha) & keep<masked>(mask, x));
   };
@@ -173,6 +232,26 @@ void addWeightedRow(const S* s, const Tev8u* mask, Tev32f* a, int width, Tev32f 
         const Extended old = a[x];
         return static_cast<Tev32f>(old + (static_cast<Extended>(s[x]) - old) * weight(x));
       });
+}
+
+template <bool masked, class S>
+void addWeightedRow(const S* s, const Tev8u* mask, Tev32f* a, int width, Tev32f alpha) {
+#ifdef __FMA__
+  if (blendsInFloats<S>(alpha)) {
+    for (int first = 0; first < width; first += blockOfFloats) {
+      const int count = std::min(blockOfFloats, width - first);
+      const Tev8u* const selected = masked ? mask + first : nullptr;
+      Tev32f source[blockOfFloats], weights[blockOfFloats];
+      for (int i = 0; i < count; ++i) source[i] = static_cast<Tev32f>(s[first + i]);
+      for (int i = 0; i < (masked ? count : 0); ++i) weights[i] = alpha * coefficient<masked>(selected, i);
+      const auto weight = [&](int i) { return masked ? weights[i] : alpha; };
+      if (!blendInFloats<S>(source, a + first, weight, count))
+        addWeightedRun<masked>(s + first, selected, a + first, count, alpha);
+    }
+    return;
+  }
+#endif
+  addWeightedRun<masked>(s, mask, a, width, alpha);
 }
 
 // The checks' last steps: floors of all images, then the alignment of those wider than a byte. With 16-bit sources both
