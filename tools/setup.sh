@@ -44,9 +44,9 @@ unpack_i386() {
 # The picture libraries of the 32-bit command-line program. Without them that program is left out.
 need_i386_libraries() {
   local root=$PWD/build/i386-packages
-  [ ! -e "$root/usr/lib/i386-linux-gnu/libpng16.a" ] || return 0
+  [ ! -e "$root/usr/lib/i386-linux-gnu/libpng16.so.16" ] || return 0
   echo "Unpacking 32-bit picture libraries"
-  unpack_i386 "$root" libpng-dev zlib1g-dev libjpeg62-turbo-dev ||
+  unpack_i386 "$root" libpng-dev libpng16-16 zlib1g-dev zlib1g libjpeg62-turbo-dev libjpeg62-turbo ||
     echo "They cannot be had here: the 32-bit command-line program is left out"
   rm -rf "$root/apt"
 }

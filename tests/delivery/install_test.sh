@@ -70,8 +70,7 @@ install_packages() {
   local package architecture name
   mkdir -p "$root"/var/lib/dpkg/{info,updates,triggers}
   printf '%s\n' amd64 i386 > "$root/var/lib/dpkg/arch"
-  for name in $(for package in "$@"; do dpkg-deb -f "$package" Depends; done |
-      tr ',|' '\n\n' | sed -E 's/^ *([^ ]+).*/\1/' | grep -vE '^(libtevcvpx|tevcv)' | sort -u); do
+  for name in $(for package in "$@"; do names_of_dependencies "$package"; done | grep -vE '^(libtevcvpx|tevcv)' | sort -u); do
     for architecture in amd64 i386; do
       printf 'Package: %s\nStatus: install ok installed\nMaintainer: none <none@example.org>\nArchitecture: %s\n' \
         "$name" $architecture
@@ -188,9 +187,9 @@ cmake_refuses_the_other_abi() {
 }
 
 # The command-line program, which tells the library that it uses.
-program_runs() {  # TRIPLET DIRECTORY
+program_runs() {  # TRIPLET DIRECTORY [OTHER_LIBRARIES]
   local told
-  told=$(LD_LIBRARY_PATH=$(libraries "$1") "$root/usr/bin/tevcv" info)
+  told=$(LD_LIBRARY_PATH=$(libraries "$1"):${3:-} "$root/usr/bin/tevcv" info)
   echo "$told"
   [[ $told = *"$(libraries "$1")/$2libtevcvpx.so.$version"* ]]
   if readelf -d "$root/usr/bin/tevcv" | grep -E 'RPATH|RUNPATH'; then return 1; fi
@@ -287,11 +286,18 @@ $(for level in "${levels[@]}"; do
   done)" "$(/sbin/ldconfig -C "$work/ld.so.cache" -p | sed 's/^\t//' | grep -F "$root" | grep libtevcvpx.so.$version | sort)"
 }
 
-# The packages of the program take each other's place.
-other_program_is_installed_and_runs() {  # PACKAGE TRIPLET
+# The packages of the program take each other's place. That of i386 states what it needs as that of amd64, where it is
+# looked up, and runs with the 32-bit picture libraries that it was built with.
+other_program_is_installed_and_runs() {  # PACKAGE
+  local newest unpacked=$source/build/i386-packages
+  same "$(names_of_dependencies "${1/_i386/_amd64}")" "$(names_of_dependencies "$1")"
   in_root -i "$1"
-  program_runs "$2" ""
+  newest=$(readelf -V "$root/usr/bin/tevcv" | grep -oE 'GLIBC_[0-9.]+' | sort -Vu | tail -n 1)
+  dpkg --compare-versions "$(field "$1" Depends | grep -oP 'libc6 \(>= \K[^)]+')" ge "${newest#GLIBC_}"
+  program_runs i386-linux-gnu "" "$unpacked/usr/lib/i386-linux-gnu:$unpacked/lib/i386-linux-gnu"
 }
+
+names_of_dependencies() { field "$1" Depends | tr ',' '\n' | sed -E 's/^ *([^ ]+).*/\1/' | sort; }
 
 nothing_is_left_of_removed_packages() {
   in_root -r $(dpkg-query --admindir="$root/var/lib/dpkg" -W -f '${Package}:${Architecture}\n' | grep tevcv)
@@ -371,7 +377,7 @@ fi
 if [ "$kind" = packages ]; then
   for package in "${others[@]}"; do
     check "command-line program is installed for the other architecture, and runs" \
-      other_program_is_installed_and_runs "$package" i386-linux-gnu
+      other_program_is_installed_and_runs "$package"
   done
   check "nothing is left of removed packages" nothing_is_left_of_removed_packages
 fi
