@@ -81,6 +81,37 @@ TEST(FastArctan, EqualsTheDefinitionAtEveryLength) {
   }
 }
 
+TEST(FastArctan, NearTheZeroOfTheResultEqualsTheDefinition) {
+  Random random;
+  // The first eighth's polynomial crosses its offset at a ratio of 0.0023. Floats are dense there, so that many results
+  // lie near the middle of two.
+  for (int trial = 0; trial < 40; ++trial) {
+    const Tev32f spread = std::ldexp(1.0F, -random.between(6, 24));
+    std::vector<Tev32f> y, x;
+    for (int i = 0; i < 600; ++i) {
+      x.push_back(std::fabs(random.real(100)) + 1);
+      y.push_back(x.back() * (0.0023011F + random.real(1) * spread));
+    }
+    expectDefined(random, y, x);
+  }
+}
+
+TEST(FastArctan, AxesDiagonalsAndTheEndsOfTheRangeEqualTheDefinition) {
+  Random random;
+  const Tev32f some[] = {
+      0.0F,     -0.0F,     1.0F,        -1.0F,          3.0F,   0.1F,    0x1p-100F,     0x1.000002p-100F,
+      0x1p100F, -0x1p100F, 0x1.8p-126F, 1.1754942e-38F, 1e-45F, -1e-45F, 3.4028235e38F, 100.0F};
+  for (int trial = 0; trial < 60; ++trial) {
+    std::vector<Tev32f> y, x;
+    for (int i = 0; i < 520; ++i) {
+      const bool ordinary = i >= 256 && trial % 2 == 0;  // a block of its own
+      y.push_back(ordinary ? random.real(100) : some[random.between(0, 15)]);
+      x.push_back(ordinary ? (random.oneIn(2) ? y.back() : -y.back()) : some[random.between(0, 15)]);
+    }
+    expectDefined(random, y, x);
+  }
+}
+
 TEST(FastArctan, LiesWithinAFifthOfADegree) {
   for (int degrees = 1; degrees < 360; ++degrees) {
     const double angle = degrees * 3.14159265358979 / 180;
