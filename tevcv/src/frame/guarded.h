@@ -31,7 +31,6 @@ void roundGuarded(Tev32f* dst, int count, Fill fill, Definition defined) {
     const int length = std::min(guardedBlock, count - first);
     GuardedBlock guarded;
     fill(guarded, first, length);
-    Tev32f rounded[guardedBlock];
     std::uint32_t doubt = 0;
     for (int i = 0; i < length; ++i) {
       // The patterns are compared, so that a zero of uncertain sign is in doubt too, and the values for NaN.
@@ -39,10 +38,14 @@ void roundGuarded(Tev32f* dst, int count, Fill fill, Definition defined) {
       const auto high = static_cast<Tev32f>(guarded.value[i] + guarded.margin[i]);
       doubt |= std::bit_cast<std::uint32_t>(low) ^ std::bit_cast<std::uint32_t>(high);
       doubt |= low == high ? 0U : 1U;
-      rounded[i] = high;
     }
-    if (doubt != 0)
-      for (int i = 0; i < length; ++i) rounded[i] = static_cast<Tev32f>(defined(first + i));
+    if (doubt == 0) {
+      // The values round as their bounds do. Rounding them once more is faster than storing floats and copying them.
+      for (int i = 0; i < length; ++i) dst[first + i] = static_cast<Tev32f>(guarded.value[i]);
+      continue;
+    }
+    Tev32f rounded[guardedBlock];
+    for (int i = 0; i < length; ++i) rounded[i] = static_cast<Tev32f>(defined(first + i));
     std::copy_n(rounded, length, dst + first);
   }
 }
