@@ -1,4 +1,5 @@
 // Exercises of the distances: chamfer weights and transforms, the true distance, fast marching, inpainting.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -45,27 +46,45 @@ void weights(Exercise& e, const char* name, TevStatus (*function)(int, Tev32f*))
 
 // ---- Chamfer transforms ----
 
-// The weights of a norm, or any positive ones, however little they make sense.
+// The weights of a norm, or such as grow with the length of their moves (which the two threads' pass wants), or any
+// positive ones, however little they make sense.
 template <class T>
 const T* metricsOf(Exercise& e, int size) {
+  constexpr bool integers = std::is_same_v<T, Tev32s>;
   const int count = size == 3 ? 2 : 3;
   auto* const metrics = e.inArray<T>(count);
   T values[3]{};
-  const int kind = e.draw.between(0, 3);
-  if (kind == 0) {
-    const TevNorm norm = e.draw.anyOf<TevNorm>({tevNormInf, tevNormL1, tevNormL2});
-    if constexpr (std::is_same_v<T, Tev32s>)
-      CALL(e, teviGetDistanceTransformMask_32s, size, norm, values);
+  const auto weight = [&](int limit) {
+    if constexpr (integers)
+      return e.draw.between(1, limit);
     else
-      CALL(e, teviGetDistanceTransformMask_32f, size, norm, values);
-  } else {
-    for (T& value : values) {
-      if constexpr (std::is_same_v<T, Tev32s>)
-        value = kind == 1 ? e.draw.between(1, 12) : kind == 2 ? e.draw.between(1, 400) : e.draw.between(1, INT32_MAX);
+      return e.draw.real(0.01F, static_cast<float>(limit) / 4);
+  };
+  switch (e.draw.between(0, 4)) {
+    case 0: {
+      const TevNorm norm = e.draw.anyOf<TevNorm>({tevNormInf, tevNormL1, tevNormL2});
+      if constexpr (integers)
+        CALL(e, teviGetDistanceTransformMask_32s, size, norm, values);
       else
-        value = kind == 3 ? e.draw.anyOf({1e-40F, 1e-30F, 1e30F, 3e38F, std::numeric_limits<float>::infinity()})
-                          : e.draw.real(0.01F, kind == 1 ? 3 : 90);
+        CALL(e, teviGetDistanceTransformMask_32f, size, norm, values);
+      break;
     }
+    case 1:
+    case 2:
+      values[0] = weight(e.draw.oneIn(3) ? 300 : 12);
+      values[1] = values[0] + weight(4);
+      values[2] = std::max(2 * values[0], 2 * values[1] - values[1] / 2) + weight(2);
+      break;
+    case 3:
+      for (T& value : values) value = weight(e.draw.oneIn(2) ? 12 : 400);
+      break;
+    default:
+      for (T& value : values)
+        if constexpr (integers)
+          value = e.draw.between(1, INT32_MAX);
+        else
+          value = e.draw.anyOf({1e-40F, 1e-30F, 1e30F, 3e38F, std::numeric_limits<float>::infinity()});
+      break;
   }
   std::memcpy(metrics, values, static_cast<std::size_t>(count) * sizeof(T));
   return metrics;

@@ -22,6 +22,7 @@ struct Lens {
     p1 = e.draw.real(-0.01F, 0.01F);
     p2 = e.draw.real(-0.01F, 0.01F);
     // What no lens has is not refused, but for focal lengths of 0 and NaN.
+    if (e.draw.oneIn(4)) p1 = p2 = 0;  // a lens without tangential distortion
     if (e.draw.oneIn(8)) fx = e.draw.anyOf({-fx, 1e-30F, 1e30F, infinity});
     if (e.draw.oneIn(8)) cy = e.draw.anyOf({-1e4F, 1e30F, notANumber});
     if (e.draw.oneIn(8)) k1 = e.draw.anyOf({1e3F, -1e30F, infinity, notANumber});

@@ -152,7 +152,7 @@ void gaussian(Exercise& e, const char* name,
               const char* initName, TevStatus (*init)(const Tev8u*, int, TevSize, Tev8u*, TevForegroundGaussianState**),
               const char* freeName, TevStatus (*free)(TevForegroundGaussianState*)) {
   // Now and then a film long enough for the call on which old samples fade.
-  const bool film = !e.large() && e.draw.oneIn(24);
+  const bool film = !e.large() && e.draw.oneIn(12);
   const TevSize roi = film ? TevSize{e.draw.between(1, 3), 1} : e.size(1, 1, 20);
   const auto src = e.in<Tev8u>(roi, channels);
   const auto ref = e.inout<Tev8u>(roi);
@@ -187,12 +187,15 @@ void histogram(
   e.call(initName, init, src.data, src.step, roi, ref.data, &model.pointer);
   const auto dst = e.inout<Tev8u>(roi);
   const int frames = film ? 40 : e.draw.between(1, 3);
+  const bool covered = e.draw.oneIn(3);  // a scene whose background never shows
   for (int i = 0; i < frames; ++i) {
     nextFrame(e, src);
     const TevSize part = partOf(e, roi);
     // Only the frame's step is tested.
     e.call(name, detect, src.data, src.step, dst.data, keep(dst.step), part, model.pointer);
-    if (e.draw.oneIn(6)) std::memset(dst.data, e.draw.oneIn(2) ? 0 : 255, static_cast<std::size_t>(roi.width));
+    for (int y = 0; y < roi.height; ++y)
+      if (covered || e.draw.oneIn(8))
+        std::memset(dst.data + std::ptrdiff_t{y} * dst.step, covered ? 255 : 0, static_cast<std::size_t>(roi.width));
     e.call(updateName, update, src.data, src.step, dst.data, keep(dst.step), ref.data, ref.step, part, model.pointer);
     const TevForegroundHistogramState& state = *model.pointer;
     recordImage(e, state.background, state.backgroundStep, roi, channels);

@@ -38,6 +38,17 @@ struct Fill {
     newValue = values(e, 9);
     lowerDiff = values(e, 2);
     upperDiff = values(e, 2);
+    // A new value inside the range, most likely: pixels that were filled would join again.
+    if (rule == Rule::range && e.draw.oneIn(4)) {
+      std::memcpy(newValue,
+                  reinterpret_cast<const char*>(image.data) + std::ptrdiff_t{seed.y} * step +
+                      std::ptrdiff_t{seed.x} * channels * int{sizeof(T)},
+                  channels * sizeof(T));
+      T first;
+      std::memcpy(&first, newValue, sizeof first);
+      first = static_cast<T>(first + T{1});
+      std::memcpy(newValue, &first, sizeof first);
+    }
     int size = 0;
     if (rule == Rule::gradient)
       CALL(e, teviFloodFillGetSize_Grad, roi, &size);
