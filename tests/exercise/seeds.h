@@ -18,12 +18,14 @@ inline std::uint64_t seedOf(const char* name, int index) {
   return mixed(seed, static_cast<std::uint64_t>(index));
 }
 
-// Results that are defined over the threads' shares: sums of floats and of wrapping words, the maximum of floats with a
-// NaN; 5x5 chamfer distances and marched times, whose two threads meet at a seam.
+// Results that are defined over the threads' shares: sums of floats, and the maximum of floats with a NaN; chamfer
+// distances by the 5x5 mask or in floats and marched times, whose two threads meet at a seam; fills in the order of
+// such times.
 inline bool dependsOnThreads(const char* name) {
-  for (const char* family : {"teviMean_", "teviNorm", "teviDistanceTransform_5x5", "teviFastMarching"})
-    if (!std::strncmp(name, family, std::strlen(family))) return true;
-  return false;
+  const auto begins = [&](const char* text) { return !std::strncmp(name, text, std::strlen(text)); };
+  const bool ofFloats = std::strstr(name, "32f") != nullptr;
+  return (ofFloats && (begins("teviMean_") || begins("teviNorm") || begins("teviDistanceTransform_3x3"))) ||
+         begins("teviDistanceTransform_5x5") || begins("teviFastMarching") || begins("teviInpaint");
 }
 
 }  // namespace exercise
