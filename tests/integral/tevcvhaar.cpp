@@ -562,6 +562,26 @@ TYPED_TEST(HaarApply, EqualsTheDefinitionOnRandomTables) {
   }
 }
 
+// Whole weights up to 2^16 over an integer table make exact sums in double precision, up to 31 of them.
+TYPED_TEST(HaarApply, EqualsTheDefinitionOnBothSidesOfExactSums) {
+  using W = typename TypeParam::W;
+  Random random(6);
+  for (const int count : {1, 31, 32})
+    for (const W weight : {static_cast<W>(65536), static_cast<W>(65537), static_cast<W>(-65536.5)})
+      for (const int sparsity : {1000, 2}) {
+        Description<W> d;
+        for (int k = 0; k < 3; ++k)
+          d.add(std::vector<TevRect>(count, {k, 1, 3, 2}), std::vector<W>(count, weight), static_cast<W>(k - 1),
+                static_cast<W>(k), static_cast<W>(2 * k + 1));
+        const auto state = d.build();
+        Scene<TypeParam> scene(random, {70, 3}, sparsity, true);
+        const auto expected = scene.expected(*state, 4);
+        ASSERT_EQ(apply(TypeParam{}, scene.call(state.get(), 4)), tevStatusOk);
+        ASSERT_SAME_IMAGE(scene.mask, expected);
+        ASSERT_EQ(scene.positive, selected(expected));
+      }
+}
+
 TYPED_TEST(HaarApply, IsTheSameWithAnyNumberOfThreads) {
   using W = typename TypeParam::W;
   Random random(1);

@@ -307,6 +307,16 @@ Tev64f voteSlackOf(const State& state) {
   return whole ? 0 : largest * (state.classifierCount + 1) * 0x1p-52;
 }
 
+// A few small whole weights in each classifier: over an integer table, a weighted sum is a whole number that a double
+// holds.
+bool hasFewSmallWeights(const State& state) {
+  return std::all_of(state.classifiers, state.classifiers + std::max(state.classifierCount, 0),
+                     [](const Classifier& c) {
+                       return c.count < 32 && std::all_of(c.features, c.features + c.count,
+                                                          [](const Feature& f) { return isSmallInteger(f.weight.f); });
+                     });
+}
+
 // The arithmetic of the forms. Element is the type of weights, thresholds, votes and norms; Sum holds a classifier's
 // weighted sum and Vote the stage's. Integers wrap, so they stand in unsigned words.
 struct Floats {
@@ -321,8 +331,10 @@ struct Floats {
   static bool isAbove(Sum s, Tev32f threshold, Tev32f norm) { return static_cast<Extended>(threshold) * norm <= s; }
   static bool isBelow(Vote v, Tev32f threshold) { return v < threshold; }
 
-  explicit Floats(const State& state, int = 0) : voteSlack(voteSlackOf(state)) {}
+  explicit Floats(const State& state, int = 0)
+      : voteSlack(voteSlackOf(state)), fewSmallWeights(hasFewSmallWeights(state)) {}
   Tev64f voteSlack;  // how far the sum of the votes in double precision may be off
+  bool fewSmallWeights;
 };
 
 struct Integers {
@@ -525,48 +537,84 @@ int applyToLanes(const Stage<Form>& stage, const Corners& corners, const Positio
   return thin(positions, [&](int i) { return !stage.form.isBelow(votes[i], stage.threshold); });
 }
 
-// A few small whole weights over an integer table: the weighted sum is a whole number that a double holds.
-template <class T>
-bool sumIsExact(const Classifier& c) {
-  return std::is_integral_v<T> && c.count < 32 &&
-         std::all_of(c.features, c.features + c.count, [](const Feature& f) { return isSmallInteger(f.weight.f); });
+// Thins by the votes in double precision, and by the definition where these leave it open.
+template <class Corners, class Positions>
+int thinByVotes(const Stage<Floats>& stage, const Corners& corners, const Positions& positions, const Tev64f* votes,
+                const std::int64_t* doubtful) {
+  const Tev64f slack = stage.form.voteSlack, threshold = stage.threshold;
+  std::int64_t stay[lanes], open[lanes], anyOpen = 0;
+  for (int i = 0; i < lanes; ++i) {
+    const bool atLeast = !(votes[i] - slack < threshold), atMost = !(votes[i] + slack < threshold);
+    stay[i] = atLeast;
+    open[i] = doubtful[i] | (atLeast != atMost);
+    anyOpen |= open[i];
+  }
+  if (anyOpen)
+    for (int i = 0; i < positions.count(); ++i)
+      if (open[i]) stay[i] = stays(stage, corners, positions.norm(i), positions.place(i));
+  return thin(positions, [&](int i) { return stay[i] != 0; });
 }
 
-// Unless a sum is exact, its bound is twice the roundings of 2^-53 that each of its terms goes through. Each comparison
-// is made at both ends of the bound, and a lane where they differ is doubtful.
+// Calls take(weight, rectangle, isFirst) for the features of a classifier.
+template <class Corners, class Positions, class Take>
+void forFeatures(const Classifier& c, const Corners& corners, const Positions& positions, Take take) {
+  for (const Feature *f = c.features, *last = f + c.count; f != last; ++f)
+    take(f->weight.f, typename Positions::Cells(positions, corners.areTilted(c), corners.of(c, *f)), f == c.features);
+}
+
+// Weighted sums over an integer table that are exact, and so is the product that each is compared with.
+template <class Corners, class Positions>
+int applyExactly(const Stage<Floats>& stage, const Corners& corners, const Positions& positions) {
+  Tev64f norms[lanes], votes[lanes];
+  for (int i = 0; i < lanes; ++i) norms[i] = positions.norm(i), votes[i] = 0;
+  for (const Classifier *c = stage.state.classifiers, *end = c + stage.state.classifierCount; c != end; ++c) {
+    Tev64f sums[lanes];
+    forFeatures(*c, corners, positions, [&](Tev64f weight, const typename Positions::Cells& t, bool isFirst) {
+      if (isFirst)
+        for (int i = 0; i < lanes; ++i) sums[i] = weight * t.sum(i);
+      else
+        for (int i = 0; i < lanes; ++i) sums[i] += weight * t.sum(i);
+    });
+    const Tev64f threshold = c->threshold.f, above = c->aboveValue.f, below = c->belowValue.f;
+    for (int i = 0; i < lanes; ++i) votes[i] += threshold * norms[i] <= sums[i] ? above : below;
+  }
+  constexpr std::int64_t none[lanes] = {};
+  return thinByVotes(stage, corners, positions, votes, none);
+}
+
+// Each sum has a bound on how far it may be off: twice the roundings of 2^-53 that each of its terms goes through. A
+// lane is doubtful where a sum lies within its bound of what it is compared with; NaN and infinity make it so too.
 template <class Corners, class T, template <class, class> class Positions>
 int applyToLanes(const Stage<Floats>& stage, const Corners& corners, const Positions<T, Tev32f>& positions) {
-  constexpr Tev64f infinity = std::numeric_limits<Tev64f>::infinity();
-  Tev64f votes[lanes] = {};
-  Tev32s doubtful[lanes] = {};
+  using Cells = typename Positions<T, Tev32f>::Cells;
+  if (std::is_integral_v<T> && stage.form.fewSmallWeights) return applyExactly(stage, corners, positions);
+  Tev64f norms[lanes], votes[lanes];
+  std::int64_t doubtful[lanes];
+  for (int i = 0; i < lanes; ++i) norms[i] = positions.norm(i), votes[i] = 0, doubtful[i] = 0;
   for (const Classifier *c = stage.state.classifiers, *end = c + stage.state.classifierCount; c != end; ++c) {
-    const bool exact = sumIsExact<T>(*c);
-    Tev64f sums[lanes] = {};
+    constexpr Tev32f vanishing = std::numeric_limits<Tev32f>::min();  // what the smallest products may vanish to
+    Tev64f sums[lanes];
     Tev32f terms[lanes];
-    for (Tev32f& t : terms) t = std::numeric_limits<Tev32f>::min();  // what the smallest products may vanish to
-    for (const Feature *f = c->features, *last = f + c->count; f != last; ++f) {
-      const typename Positions<T, Tev32f>::Cells t(positions, corners.areTilted(*c), corners.of(*c, *f));
-      const Tev64f weight = f->weight.f;
-      for (int i = 0; i < lanes; ++i) sums[i] += weight * t.sum(i);
-      if (exact) continue;
-      const Tev32f size = std::fabs(f->weight.f);
-      for (int i = 0; i < lanes; ++i) terms[i] += size * t.terms(i);
-    }
-    const Tev64f slack = exact ? 0 : (c->count + 8) * 0x1p-52;
+    forFeatures(*c, corners, positions, [&](Tev32f weight, const Cells& t, bool isFirst) {
+      const Tev64f wide = weight;
+      const Tev32f size = std::fabs(weight);
+      if (isFirst) {
+        for (int i = 0; i < lanes; ++i) sums[i] = wide * t.sum(i);
+        for (int i = 0; i < lanes; ++i) terms[i] = vanishing + size * t.terms(i);
+      } else {
+        for (int i = 0; i < lanes; ++i) sums[i] += wide * t.sum(i);
+        for (int i = 0; i < lanes; ++i) terms[i] += size * t.terms(i);
+      }
+    });
+    const Tev64f slack = (c->count + 8) * 0x1p-52;
     const Tev64f threshold = c->threshold.f, above = c->aboveValue.f, below = c->belowValue.f;
     for (int i = 0; i < lanes; ++i) {
-      const Tev64f limit = threshold * positions.norm(i), bound = slack * terms[i];
-      const bool atLeast = limit <= sums[i] - bound, atMost = limit <= sums[i] + bound;
-      votes[i] += atLeast ? above : below;
-      doubtful[i] |= (atLeast != atMost) | !(bound < infinity);
+      const Tev64f distance = threshold * norms[i] - sums[i];
+      votes[i] += distance <= 0 ? above : below;
+      doubtful[i] |= !(std::fabs(distance) > slack * terms[i]);
     }
   }
-  const Tev64f slack = stage.form.voteSlack;
-  return thin(positions, [&](int i) {
-    const bool atLeast = !(votes[i] - slack < stage.threshold), atMost = !(votes[i] + slack < stage.threshold);
-    if (!doubtful[i] && atLeast == atMost) return atLeast;
-    return stays(stage, corners, positions.norm(i), positions.place(i));
-  });
+  return thinByVotes(stage, corners, positions, votes, doubtful);
 }
 
 // ---- A region ----
@@ -593,8 +641,11 @@ int applyToRegion(const Stage<Form>& stage, const Corners& corners, Rows<const T
         positive += applyToLanes(stage, corners, Neighbours<T, Element>{first, norm + x, mask + x});
         continue;
       }
-      for (int i = x; i < end; ++i) {
-        if (!mask[i]) continue;
+      // Listed without a branch on the mask, which nobody could predict.
+      int list[lanes], listed = 0;
+      for (int i = x; i < end; ++i) list[listed] = i, listed += mask[i] != 0;
+      for (int k = 0; k < listed; ++k) {
+        const int i = list[k];
         scattered.add({row.upright + i, row.tilted + i}, norm[i], mask + i);
         if (!scattered.isFull()) continue;
         positive += applyToLanes(stage, corners, scattered);
