@@ -188,16 +188,23 @@ inline std::vector<Stage> build(const CascadeView& cascade) {
   return stages;
 }
 
-// All windows of a picture that the cascade takes, at every scale.
-inline std::vector<Hit> scan(const Tev8u* pixels, TevSize size, const std::vector<Stage>& stages, int window) {
+// All windows of a picture that the cascade takes, at every scale. Each scale is `factor` smaller than the one before;
+// done() is called after each.
+template <class Done>
+std::vector<Hit> scan(const Tev8u* pixels, TevSize size, const std::vector<Stage>& stages, int window, double factor,
+                      Done done) {
   std::vector<Hit> hits;
-  forEachScale(pixels, size, window, 1.1, [&](Tables tables, double scale) {
-    if (tables.apply(stages) == 0) return;
+  forEachScale(pixels, size, window, factor, [&](Tables tables, double scale) {
+    tables.apply(stages);
     for (int y = 0; y < tables.positions().height; ++y)
       for (int x = 0; x < tables.positions().width; ++x)
         if (tables.isLeft(x, y)) hits.push_back({x * scale, y * scale, window * scale, 1});
+    done();
   });
   return hits;
+}
+inline std::vector<Hit> scan(const Tev8u* pixels, TevSize size, const std::vector<Stage>& stages, int window) {
+  return scan(pixels, size, stages, window, 1.1, [] {});
 }
 
 }  // namespace example
