@@ -92,12 +92,19 @@ void addRun(const T* p, const Tev8u* mask, int count, RunSums<T>& sums) {
   sums.selected += selected;
 }
 
-// The same for 128 adjacent bytes, in the forms that vector units have: squares as products of 16-bit words, the sum as
-// distances of unsigned bytes from what the mask leaves out of them. The bytes are x + 128 for signed x and 255 - x for
-// unsigned x (x itself would let the compiler see through the distances and leave them).
-inline constexpr int blockLength = 128;
+// The same for a block of adjacent bytes, in the forms that vector units have: squares as products of 16-bit words, the
+// sum as distances of unsigned bytes from what the mask leaves out of them. The bytes are x + 128 for signed x and 255
+// - x for unsigned x (x itself would let the compiler see through the distances and leave them).
+//
+// A block is a few vectors, and more of those of 64 bytes, so that fewer sums go across one. The count under a mask is
+// a byte.
+#ifdef __AVX512BW__
+inline constexpr int longBlock = 512, shortBlock = 128;
+#else
+inline constexpr int longBlock = 128, shortBlock = 128;
+#endif
 
-template <bool withSquares, bool masked, class T>
+template <int blockLength, bool withSquares, bool masked, class T>
 void addBlock(const T* p, const Tev8u* mask, RunSums<T>& sums) {
   constexpr Tev8u flip = std::is_signed_v<T> ? 128 : 255;
   Tev16s kept[blockLength];
@@ -112,7 +119,7 @@ void addBlock(const T* p, const Tev8u* mask, RunSums<T>& sums) {
     for (int x = 0; x < blockLength; ++x) kept[x] = static_cast<Tev16s>(p[x] & keep<masked, Tev16s>(mask, x));
     for (int x = 0; x < blockLength; ++x) squares += kept[x] * kept[x];
   }
-  Tev8u selected = masked ? 0 : blockLength;
+  std::conditional_t<masked, Tev8u, int> selected = masked ? 0 : blockLength;
   if constexpr (masked)
     for (int x = 0; x < blockLength; ++x) selected = static_cast<Tev8u>(selected + (mask[x] != 0));
   sums.sum += std::is_signed_v<T> ? sum - flip * selected : flip * selected - sum;
@@ -127,9 +134,11 @@ void addIntegerRow(const T* p, const Tev8u* mask, int width, Sums<T>& sums) {
     const int end = std::min(longestRun, width - first) + first;
     RunSums<T> run;
     int x = first;
+    if constexpr (sizeof(T) == 1 && channels == 1 && !masked)
+      for (; x + longBlock <= end; x += longBlock) addBlock<longBlock, withSquares, masked>(p + x, nullptr, run);
     if constexpr (sizeof(T) == 1 && channels == 1)
-      for (; x + blockLength <= end; x += blockLength)
-        addBlock<withSquares, masked>(p + x, masked ? mask + x : nullptr, run);
+      for (; x + shortBlock <= end; x += shortBlock)
+        addBlock<shortBlock, withSquares, masked>(p + x, masked ? mask + x : nullptr, run);
     addRun<withSquares, T, channels, masked>(p + std::ptrdiff_t{x} * channels, masked ? mask + x : nullptr, end - x,
                                              run);
     sums.sum += run.sum;
