@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <type_traits>
 
@@ -478,10 +479,11 @@ class Scattered {
         if constexpr (integers) {
           values[0][i] = rectangle(p, o);
         } else {
-          values[0][i] = p[o.a];
-          values[1][i] = p[o.b];
-          values[2][i] = p[o.c];
-          values[3][i] = p[o.d];
+          // Moved as words: the processor's units for floats are busy with the arithmetic.
+          std::memcpy(&values[0][i], p + o.a, sizeof(T));
+          std::memcpy(&values[1][i], p + o.b, sizeof(T));
+          std::memcpy(&values[2][i], p + o.c, sizeof(T));
+          std::memcpy(&values[3][i], p + o.d, sizeof(T));
         }
       }
     }
