@@ -21,13 +21,13 @@ export UBSAN_OPTIONS=print_stacktrace=1
 
 mkdir -p "$work" "$crashes"
 [ ! -e "$corpus" ] || "$replay" --unpack "$corpus" "$work"
-"$fuzz" -fork=2 -ignore_crashes=1 -ignore_timeouts=1 -ignore_ooms=1 -timeout=25 -max_len=160 \
-  -max_total_time=$((60 * minutes)) -print_final_stats=1 -artifact_prefix="$crashes/" "$work" > "build/$preset/fuzz.log" 2>&1 || true
+"$fuzz" -fork=2 -ignore_crashes=1 -ignore_timeouts=1 -ignore_ooms=1 -timeout=120 -max_len=160 \
+  -max_total_time=$((60 * minutes)) -print_funcs=0 -print_final_stats=1 -artifact_prefix="$crashes/" "$work" > "build/$preset/fuzz.log" 2>&1 || true
 grep -E '^#[0-9]+: cov' "build/$preset/fuzz.log" | tail -n 1
 
 rm -rf "$work.merged"
 mkdir "$work.merged"
-"$fuzz" -merge=1 -timeout=25 "$work.merged" "$work" > "build/$preset/merge.log" 2>&1
+"$fuzz" -merge=1 -timeout=120 "$work.merged" "$work" > "build/$preset/merge.log" 2>&1
 "$replay" --pack "$work.merged" "$corpus"
 found=$(find "$crashes" -type f | wc -l)
 [ "$found" -eq 0 ] || { echo "$found inputs in $crashes crash; run one alone: $fuzz FILE"; exit 1; }
