@@ -27,7 +27,7 @@ grep -E '^#[0-9]+: cov' "build/$preset/fuzz.log" | tail -n 1
 
 rm -rf "$work.merged"
 mkdir "$work.merged"
-"$fuzz" -merge=1 -timeout=120 "$work.merged" "$work" > "build/$preset/merge.log" 2>&1
+"$fuzz" -set_cover_merge=1 -print_funcs=0 -timeout=120 "$work.merged" "$work" > "build/$preset/merge.log" 2>&1
 "$replay" --pack "$work.merged" "$corpus"
 found=$(find "$crashes" -type f | wc -l)
 [ "$found" -eq 0 ] || { echo "$found inputs in $crashes crash; run one alone: $fuzz FILE"; exit 1; }
