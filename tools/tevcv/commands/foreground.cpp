@@ -161,9 +161,11 @@ void foreground(Program& program) {
     const bool colour = !o->grey && std::all_of(frames.begin(), frames.end(),
                                                 [](const Picture& frame) { return frame.channels() == 3; });
     const TevSize size = frames.front().size();
-    // A histogram model takes the most, 972 bytes a pixel, in one block.
-    if (static_cast<long long>(size.width) * size.height * 972 > std::numeric_limits<int>::max())
-      throw UserError(frames.front().name + ": is too large for a model, 2.2 million pixels are the most");
+    // A model is one block of at most 2147483647 bytes; so many go to a pixel.
+    const long long most = std::numeric_limits<int>::max() / (o->model == Model::histogram ? 972 : 300);
+    if (static_cast<long long>(size.width) * size.height + 128 > most)
+      throw UserError(frames.front().name + ": is too large for this model, which takes up to " +
+                      std::to_string(most / 100000 * 100000) + " pixels");
     const auto pixels = [&](const Picture& frame) { return colour ? any8(frame) : grey8(frame); };
 
     const Image<Tev8u> first = pixels(frames.front());
