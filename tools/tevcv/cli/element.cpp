@@ -9,15 +9,6 @@ namespace {
 
 constexpr int mostCells = 255;  // a side
 
-// Two whole numbers with `between` between them, and nothing else.
-bool parsePair(const std::string& text, char between, int& a, int& b) {
-  const char* const end = text.data() + text.size();
-  const auto first = std::from_chars(text.data(), end, a);
-  if (first.ec != std::errc{} || first.ptr == end || *first.ptr != between) return false;
-  const auto second = std::from_chars(first.ptr + 1, end, b);
-  return second.ec == std::errc{} && second.ptr == end;
-}
-
 bool inside(Shape shape, TevSize size, int x, int y) {
   const std::int64_t w = size.width, h = size.height;
   const std::int64_t u = 2 * x - w + 1, v = 2 * y - h + 1;  // from the middle, in halves
@@ -42,6 +33,14 @@ bool inside(Shape shape, TevSize size, int x, int y) {
 }
 
 }  // namespace
+
+bool parsePair(const std::string& text, char between, int& a, int& b) {
+  const char* const end = text.data() + text.size();
+  const auto first = std::from_chars(text.data(), end, a);
+  if (first.ec != std::errc{} || first.ptr == end || *first.ptr != between) return false;
+  const auto second = std::from_chars(first.ptr + 1, end, b);
+  return second.ec == std::errc{} && second.ptr == end;
+}
 
 void pointOption(Command& command, const std::string& name, TevPoint& point, const std::string& text) {
   command.app()

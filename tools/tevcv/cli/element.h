@@ -29,6 +29,8 @@ Element makeElement(const ElementOptions& options);
 // Turned by 180 degrees.
 Element reflected(const Element& element);
 
+// Two whole numbers with `between` between them, and nothing else.
+bool parsePair(const std::string& text, char between, int& a, int& b);
 // --name X,Y
 void pointOption(Command& command, const std::string& name, TevPoint& point, const std::string& text);
 // --name W or WxH, each from 1 to `most`.
