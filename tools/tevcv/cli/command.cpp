@@ -99,6 +99,13 @@ void Command::addStandardOptions(const std::string& inputs, int least, int most)
   app_.add_flag("--time", standard_.time, "Say on stderr how long the library took, and which variant of it");
 }
 
+// Refuses names that no result can be written to, before any work.
+void Command::requireNames() const {
+  const fs::path table = standard_.table;
+  if (!table.empty() && table != "-" && table.extension() != ".csv" && table.extension() != ".json")
+    throw UserError(table.string() + ": a table's name ends in .csv or .json");
+}
+
 // Writes everything that a result holds; nothing was written before all of it was made.
 void Command::deliver(const Result& result, const fs::path& input, bool many) const {
   if (!numbersOnly_) {
@@ -115,8 +122,6 @@ void Command::deliver(const Result& result, const fs::path& input, bool many) co
   }
   if (!result.table.empty() && (numbersOnly_ || !standard_.table.empty())) {
     const fs::path file = standard_.table.empty() ? "-" : standard_.table;
-    if (file != "-" && file.extension() != ".csv" && file.extension() != ".json")
-      throw UserError(file.string() + ": a table's name ends in .csv or .json");
     writeText(file, file.extension() == ".json" ? result.table.json() : result.table.csv());
   }
   seconds += result.seconds;
@@ -129,6 +134,7 @@ void Command::finish(CLI::App& app, std::function<void()> work) {
   app.callback([this, work = std::move(work)] {
     int before = 1;
     tevGetNumThreads(&before);
+    requireNames();
     if (standard_.threads > 0) tevSetNumThreads(standard_.threads);
     struct Restore {
       int count;

@@ -99,6 +99,7 @@ class Command {
 
  private:
   void addStandardOptions(const std::string& inputs, int least, int most);
+  void requireNames() const;
   void deliver(const Result& result, const std::filesystem::path& input, bool many) const;
   void finish(CLI::App& app, std::function<void()> work);
   Result fresh() const {
