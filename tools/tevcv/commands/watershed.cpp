@@ -17,7 +17,7 @@ struct Options {
   std::vector<TevPoint> seeds;
   BinaryOptions binary;
   int depth = 2, close = 7;
-  Landscape landscape = Landscape::gradient;
+  Landscape landscape = Landscape::distance;
   std::uint32_t method = tevWatershedQueue, bounds = 0;
   tevWatershedNorm norm = tevWatershedNormChess;
   Shown shown = Shown::borders;
