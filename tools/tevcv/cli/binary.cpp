@@ -88,25 +88,4 @@ Image<Tev8u> binary(const Image<Tev8u>& grey, const BinaryOptions& options, Resu
   return options.fill ? filled(found, result) : found;
 }
 
-Image<Tev8u> edgeMap(const Image<Tev8u>& grey, float low, float high, Result& result) {
-  const TevSize roi = grey.size;
-  Image<Tev16s> dx(roi), dy(roi);
-  Image<Tev8u> found(roi);
-  result.timed([&] {
-    int size = 0, needed = 0;
-    TEV_CHECK(teviFilterSobelNegVertGetBufferSize_8u16s_C1R, roi, tevMskSize3x3, &size);
-    TEV_CHECK(teviFilterSobelHorizGetBufferSize_8u16s_C1R, roi, tevMskSize3x3, &needed);
-    size = std::max(size, needed);
-    TEV_CHECK(teviCannyGetSize, roi, &needed);
-    std::vector<Tev8u> buffer(static_cast<std::size_t>(std::max(size, needed)));
-    TEV_CHECK(teviFilterSobelNegVertBorder_8u16s_C1R, grey.data(), grey.step(), dx.data(), dx.step(), roi,
-              tevMskSize3x3, tevBorderRepl, 0, buffer.data());
-    TEV_CHECK(teviFilterSobelHorizBorder_8u16s_C1R, grey.data(), grey.step(), dy.data(), dy.step(), roi, tevMskSize3x3,
-              tevBorderRepl, 0, buffer.data());
-    TEV_CHECK(teviCanny_16s8u_C1R, dx.data(), dx.step(), dy.data(), dy.step(), found.data(), found.step(), roi, low,
-              high, buffer.data());
-  });
-  return found;
-}
-
 }  // namespace cli

@@ -17,9 +17,6 @@ void addBinaryOptions(Command& command, BinaryOptions& options);
 // White where an object is.
 Image<Tev8u> binary(const Image<Tev8u>& grey, const BinaryOptions& options, Result& result);
 
-// Canny's edges in white.
-Image<Tev8u> edgeMap(const Image<Tev8u>& grey, float low, float high, Result& result);
-
 // The threshold with the greatest variance between the grey levels on its two sides (N. Otsu, "A threshold selection
 // method from gray-level histograms", 1979).
 int otsu(const Image<Tev8u>& grey);

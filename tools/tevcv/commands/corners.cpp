@@ -1,6 +1,7 @@
 // Corners: places where the smaller eigenvalue of the gradient covariance (or Harris's response) has a peak.
 #include "cli/command.h"
 #include "cli/commands.h"
+#include "cli/features.h"
 #include "cli/paint.h"
 #include "cli/pixels.h"
 #include "tevcv.h"
@@ -20,14 +21,6 @@ struct Options {
   int norm = 0;
   Show show = Show::points;
 };
-
-struct Corner {
-  int x, y;
-  Tev32f strength;
-};
-
-// Rows of whole groups of four floats, as the search for peaks wants them.
-int paddedWidth(int width) { return (width + 3) / 4 * 4; }
 
 // Of `parts` floats a pixel: the smaller eigenvalue alone, or both with their vectors.
 Image<Tev32f> eigen(const Picture& picture, int parts, const Options& o, Result& result) {
@@ -65,36 +58,6 @@ Image<Tev32f> harris(const Image<Tev32f>& vectors) {
   return response;
 }
 
-// Peaks above `threshold`, strongest first, none nearer than `distance` to a stronger one.
-std::vector<Corner> peaks(const Image<Tev32f>& measured, TevSize roi, Tev32f threshold, const Options& o,
-                          Result& result) {
-  std::vector<TevPoint> found(static_cast<std::size_t>(roi.width) * static_cast<std::size_t>(roi.height));
-  int count = 0;
-  result.timed([&] {
-    int size = 0;
-    TEV_CHECK(teviFindPeaks3x3GetBufferSize_32f_C1R, roi.width, &size);
-    std::vector<Tev8u> buffer(static_cast<std::size_t>(size));
-    TEV_CHECK(teviFindPeaks3x3_32f_C1R, measured.data(), measured.step(), roi, threshold, found.data(),
-              static_cast<int>(found.size()), &count, o.norm, o.border, buffer.data());
-  });
-  found.resize(static_cast<std::size_t>(count));
-  std::erase_if(found, [&](const TevPoint& p) { return !(measured.at(p.x, p.y) > 0); });  // no minima
-  std::stable_sort(found.begin(), found.end(),
-                   [&](const TevPoint& a, const TevPoint& b) { return measured.at(a.x, a.y) > measured.at(b.x, b.y); });
-  std::vector<Corner> corners;
-  Image<Tev8u> taken(roi);  // within the distance of one that is kept
-  const int reach = o.distance - 1;
-  for (const TevPoint& p : found) {
-    if (taken.at(p.x, p.y)) continue;
-    if (static_cast<int>(corners.size()) == o.most) break;
-    corners.push_back({p.x, p.y, measured.at(p.x, p.y)});
-    for (int y = std::max(0, p.y - reach); y <= std::min(roi.height - 1, p.y + reach); ++y)
-      for (int x = std::max(0, p.x - reach); x <= std::min(roi.width - 1, p.x + reach); ++x)
-        if ((x - p.x) * (x - p.x) + (y - p.y) * (y - p.y) < o.distance * o.distance) taken.at(x, y) = 1;
-  }
-  return corners;
-}
-
 }  // namespace
 
 void corners(Program& program) {
@@ -122,16 +85,14 @@ void corners(Program& program) {
     if (o->kernel == tevCornerKernelScharr && o->aperture != 3) throw UserError("--aperture: Scharr has 3 alone");
     const Image<Tev32f> vectors = eigen(picture, 6, *o, result);
     const Image<Tev32f> measured = o->measure == Measure::harris ? harris(vectors) : eigen(picture, 1, *o, result);
-    Tev32f strongest = 0;
-    for (int y = 0; y < roi.height; ++y)
-      strongest = std::max(strongest, *std::max_element(measured.row(y), measured.row(y) + roi.width));
-    const auto threshold = static_cast<Tev32f>(strongest * o->quality);
-    const std::vector<Corner> found = peaks(measured, roi, threshold, *o, result);
+    const std::vector<TevPoint> found = strongestPeaks(
+        measured, roi,
+        {static_cast<Tev32f>(strongest(measured, roi) * o->quality), o->most, o->distance, o->norm, o->border}, result);
 
     result.table.columns = {"x", "y", "strength", "larger", "smaller", "axis_x", "axis_y"};
-    for (const Corner& c : found) {
+    for (const TevPoint& c : found) {
       const Tev32f* const e = vectors.row(c.y) + 6 * c.x;
-      result.table.add(c.x, c.y, c.strength, e[0], e[1], e[2], e[3]);
+      result.table.add(c.x, c.y, measured.at(c.x, c.y), e[0], e[1], e[2], e[3]);
     }
     if (o->show == Show::measure) {
       Image<Tev32f> shown(roi);
@@ -140,7 +101,7 @@ void corners(Program& program) {
       return;
     }
     Image<Tev8u> shown = colour8(picture);
-    for (const Corner& c : found) {
+    for (const TevPoint& c : found) {
       if (o->show == Show::points) {
         paintCircle(shown, c.x, c.y, 4, yellow);
         paintPoint(shown, c.x, c.y, red, 2);

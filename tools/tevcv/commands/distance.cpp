@@ -5,6 +5,7 @@
 #include "cli/command.h"
 #include "cli/commands.h"
 #include "cli/contours.h"
+#include "cli/features.h"
 #include "tevcv.h"
 
 namespace cli {

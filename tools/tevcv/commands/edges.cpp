@@ -1,6 +1,7 @@
 // Canny edges from Sobel derivatives.
 #include "cli/command.h"
 #include "cli/commands.h"
+#include "cli/features.h"
 #include "cli/paint.h"
 #include "tevcv.h"
 
@@ -12,27 +13,6 @@ struct Options {
   TevMaskSize mask = tevMskSize3x3;
   bool draw = false;
 };
-
-Image<Tev8u> canny(const Image<Tev8u>& grey, const Options& options, Result& result) {
-  const TevSize roi = grey.size;
-  Image<Tev16s> dx(roi), dy(roi);
-  Image<Tev8u> found(roi);
-  result.timed([&] {
-    int size = 0, needed = 0;
-    TEV_CHECK(teviFilterSobelNegVertGetBufferSize_8u16s_C1R, roi, options.mask, &size);
-    TEV_CHECK(teviFilterSobelHorizGetBufferSize_8u16s_C1R, roi, options.mask, &needed);
-    size = std::max(size, needed);
-    TEV_CHECK(teviCannyGetSize, roi, &needed);
-    std::vector<Tev8u> buffer(static_cast<std::size_t>(std::max(size, needed)));
-    TEV_CHECK(teviFilterSobelNegVertBorder_8u16s_C1R, grey.data(), grey.step(), dx.data(), dx.step(), roi, options.mask,
-              tevBorderRepl, 0, buffer.data());
-    TEV_CHECK(teviFilterSobelHorizBorder_8u16s_C1R, grey.data(), grey.step(), dy.data(), dy.step(), roi, options.mask,
-              tevBorderRepl, 0, buffer.data());
-    TEV_CHECK(teviCanny_16s8u_C1R, dx.data(), dx.step(), dy.data(), dy.step(), found.data(), found.step(), roi,
-              options.low, options.high, buffer.data());
-  });
-  return found;
-}
 
 }  // namespace
 
@@ -46,7 +26,7 @@ void edges(Program& program) {
   command.flag("--draw", options->draw, "Draw the edges over the picture");
   command.eachPicture([options](const Picture& picture, Result& result) {
     if (options->low > options->high) throw UserError("--low: is above --high");
-    const Image<Tev8u> found = canny(grey8(picture), *options, result);
+    const Image<Tev8u> found = edgeMap(grey8(picture), options->low, options->high, result, options->mask);
     if (options->draw) {
       Image<Tev8u> shown = colour8(picture);
       paintMask(shown, found, red);

@@ -1,6 +1,7 @@
 // Straight lines: Hough's transform of Canny's edges.
 #include "cli/command.h"
 #include "cli/commands.h"
+#include "cli/features.h"
 #include "cli/paint.h"
 #include "cli/pixels.h"
 #include "tevcv.h"
@@ -30,26 +31,6 @@ double sine(double angle) {
   return sum;
 }
 double cosine(double angle) { return sine(pi / 2 - angle); }
-
-Image<Tev8u> canny(const Image<Tev8u>& grey, const Options& o, Result& result) {
-  const TevSize roi = grey.size;
-  Image<Tev16s> dx(roi), dy(roi);
-  Image<Tev8u> found(roi);
-  result.timed([&] {
-    int sizes[3] = {};
-    TEV_CHECK(teviFilterSobelNegVertGetBufferSize_8u16s_C1R, roi, o.mask, &sizes[0]);
-    TEV_CHECK(teviFilterSobelHorizGetBufferSize_8u16s_C1R, roi, o.mask, &sizes[1]);
-    TEV_CHECK(teviCannyGetSize, roi, &sizes[2]);
-    std::vector<Tev8u> buffer(static_cast<std::size_t>(*std::max_element(sizes, sizes + 3)));
-    TEV_CHECK(teviFilterSobelNegVertBorder_8u16s_C1R, grey.data(), grey.step(), dx.data(), dx.step(), roi, o.mask,
-              tevBorderRepl, 0, buffer.data());
-    TEV_CHECK(teviFilterSobelHorizBorder_8u16s_C1R, grey.data(), grey.step(), dy.data(), dy.step(), roi, o.mask,
-              tevBorderRepl, 0, buffer.data());
-    TEV_CHECK(teviCanny_16s8u_C1R, dx.data(), dx.step(), dy.data(), dy.step(), found.data(), found.step(), roi, o.low,
-              o.high, buffer.data());
-  });
-  return found;
-}
 
 std::vector<TevPolarLine> hough(const Image<Tev8u>& edges, int votes, const Options& o, Result& result) {
   const auto rhoStep = static_cast<Tev32f>(o.rhoStep), thetaStep = static_cast<Tev32f>(o.degrees * (pi / 180));
@@ -124,7 +105,7 @@ void lines(Program& program) {
   command.withTable().eachPicture([o](const Picture& picture, Result& result) {
     if (o->low > o->high) throw UserError("--low: is above --high");
     const TevSize size = picture.size();
-    const Image<Tev8u> edges = canny(grey8(picture), *o, result);
+    const Image<Tev8u> edges = edgeMap(grey8(picture), o->low, o->high, result, o->mask);
     const int votes = o->votes > 0 ? o->votes : std::max(2, std::min(size.width, size.height) / 4);
     std::vector<Line> kept;
     for (const TevPolarLine& polar : hough(edges, votes, *o, result)) {

@@ -3,6 +3,7 @@
 #include "cli/command.h"
 #include "cli/commands.h"
 #include "cli/contours.h"
+#include "cli/features.h"
 #include "cli/element.h"
 #include "cli/seeds.h"
 #include "tevcv.h"

@@ -4,6 +4,7 @@
 
 #include "cli/command.h"
 #include "cli/commands.h"
+#include "cli/features.h"
 #include "cli/paint.h"
 #include "tevcv.h"
 
@@ -32,9 +33,7 @@ struct Track {
 // Places that can be told from their neighbours in both directions, strongest first.
 std::vector<Track> startingPoints(const Picture& picture, const Options& o, Result& result) {
   const TevSize roi = picture.size();
-  Image<Tev32f> measure({(roi.width + 3) / 4 * 4, roi.height});  // the search wants rows of whole groups of four
-  std::vector<TevPoint> peaks(static_cast<std::size_t>(roi.width) * static_cast<std::size_t>(roi.height));
-  int count = 0;
+  Image<Tev32f> measure({paddedWidth(roi.width), roi.height});
   const Image<Tev8u> grey = grey8(picture);
   const Image<Tev32f> greyFine = picture.deep() ? greyFloat(picture) : Image<Tev32f>();
   result.timed([&] {
@@ -49,29 +48,11 @@ std::vector<Track> startingPoints(const Picture& picture, const Options& o, Resu
     else
       TEV_CHECK(teviMinEigenVal_8u32f_C1R, grey.data(), grey.step(), measure.data(), measure.step(), roi,
                 tevCornerKernelSobel, 3, 5, buffer.data());
-    Tev32f strongest = 0;
-    for (int y = 0; y < roi.height; ++y)
-      strongest = std::max(strongest, *std::max_element(measure.row(y), measure.row(y) + roi.width));
-    TEV_CHECK(teviFindPeaks3x3GetBufferSize_32f_C1R, roi.width, &size);
-    buffer.resize(static_cast<std::size_t>(size));
-    TEV_CHECK(teviFindPeaks3x3_32f_C1R, measure.data(), measure.step(), roi, static_cast<Tev32f>(strongest * o.quality),
-              peaks.data(), static_cast<int>(peaks.size()), &count, 0, 1, buffer.data());
   });
-  peaks.resize(static_cast<std::size_t>(count));
-  std::erase_if(peaks, [&](const TevPoint& p) { return !(measure.at(p.x, p.y) > 0); });
-  std::stable_sort(peaks.begin(), peaks.end(),
-                   [&](const TevPoint& a, const TevPoint& b) { return measure.at(a.x, a.y) > measure.at(b.x, b.y); });
   std::vector<Track> tracks;
-  Image<Tev8u> taken(roi);
-  for (const TevPoint& p : peaks) {
-    if (static_cast<int>(tracks.size()) == o.most) break;
-    if (taken.at(p.x, p.y)) continue;
+  const auto threshold = static_cast<Tev32f>(strongest(measure, roi) * o.quality);
+  for (const TevPoint& p : strongestPeaks(measure, roi, {threshold, o.most, o.distance}, result))
     tracks.push_back({{{static_cast<Tev32f>(p.x), static_cast<Tev32f>(p.y)}}, 0, 0});
-    const int reach = o.distance - 1;
-    for (int y = std::max(0, p.y - reach); y <= std::min(roi.height - 1, p.y + reach); ++y)
-      for (int x = std::max(0, p.x - reach); x <= std::min(roi.width - 1, p.x + reach); ++x)
-        if ((x - p.x) * (x - p.x) + (y - p.y) * (y - p.y) < o.distance * o.distance) taken.at(x, y) = 1;
-  }
   return tracks;
 }
 
