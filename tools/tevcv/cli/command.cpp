@@ -262,6 +262,9 @@ int Program::run(std::vector<std::string> arguments) {
   } catch (const LibraryError& error) {
     complain(name + error.what());
     return 1;
+  } catch (const Failure& error) {
+    complain(name + error.what());
+    return 1;
   } catch (const std::bad_alloc&) {
     complain(name + "not enough memory");
     return 1;

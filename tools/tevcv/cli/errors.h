@@ -25,6 +25,11 @@ inline TevStatus check(const char* function, TevStatus status) {
   return status;
 }
 
+// Anything else that the user cannot mend.
+struct Failure : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
 }  // namespace cli
 
 // TEV_CHECK(teviCanny_16s8u_C1R, arguments...): calls a function of the library and throws on an error status.
