@@ -7,7 +7,7 @@ cd "$(dirname "$0")/.."
 need doxygen libjs-mathjax
 
 rm -rf out/docs
-mkdir -p out/docs/pictures out/docs/mathjax/{extensions,jax/input,jax/output}
+mkdir -p out/docs/mathjax/{extensions,jax/input,jax/output}
 
 # Formulas: the reader of TeX and the writer of SVG, whose glyphs are outlines in its own files.
 mathjax=/usr/share/javascript/mathjax
@@ -17,20 +17,8 @@ cp -rL $mathjax/jax/element out/docs/mathjax/jax
 cp -rL $mathjax/jax/input/TeX out/docs/mathjax/jax/input
 cp -rL $mathjax/jax/output/SVG out/docs/mathjax/jax/output
 
-# One picture a subsystem, and a grey field in place of one that the gallery has not drawn yet.
-for picture in arithmetic statistics integral filtering morphology pyramids motion distance segmentation features geometry; do
-  if [ -f docs/pictures/$picture.png ]; then
-    cp docs/pictures/$picture.png out/docs/pictures
-  else
-    base64 -d > out/docs/pictures/$picture.png <<< \
-      iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAAAAAA6fptVAAAACklEQVR42mO4AQAA2gDZvcV+FQAAAABJRU5ErkJggg==
-  fi
-done
-
 doxygen docs/Doxyfile
 
-# Doxygen copies the pictures that pages show.
-rm -r out/docs/pictures
 if grep -rhoE '<(script|link|img|iframe)[^>]*(src|href)="(https?:)?//[^"]*"' --include='*.html' out/docs; then
   echo "the pages fetch these from elsewhere"
   exit 1
