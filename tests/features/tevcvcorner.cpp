@@ -108,6 +108,39 @@ TEST(EigenValsVecsFloat, ExtremeMagnitudesAndNan) {
   }
 }
 
+TEST(EigenValsVecsFloat, PixelsOfAllKindsSideBySide) {
+  // Flat ground with equal and with very unequal eigenvalues, steps along the axes, weak noise, and what is no number.
+  Random random;
+  int ways[3] = {};
+  for (int trial = 0; trial < 60; ++trial) {
+    Image<Tev32f> src(300, 6);
+    for (int y = 0; y < src.height(); ++y)
+      for (int x = 0; x < src.width(); ++x) {
+        const int kind = (x / 20 + trial) % 5;
+        src.set(x, y,
+                kind == 0   ? 7.0F
+                : kind == 1 ? static_cast<Tev32f>(x * 9)
+                : kind == 2 ? static_cast<Tev32f>((x + y) % 7 * 30)
+                : kind == 3 ? static_cast<Tev32f>(x % 10 < 5 ? 0 : 3000 + random.between(0, 90))
+                            : static_cast<Tev32f>(random.real(200)));
+      }
+    const Tev32f strange[] = {std::numeric_limits<Tev32f>::quiet_NaN(), std::numeric_limits<Tev32f>::infinity(), 1e30F,
+                              1e-30F, -0.0F};
+    for (int i = 0; i < 3; ++i) src.set(random.between(0, 299), random.between(0, 5), strange[random.between(0, 4)]);
+    expectMeasure(random, src, settings[trial % 6], ways);
+  }
+  EXPECT_GT(ways[none], 1000);
+  EXPECT_GT(ways[axes], 100);
+  EXPECT_GT(ways[turned], 1000);
+}
+
+TEST(EigenValsVecsBytes, RoundAsDefinedInPicturesOfManyPixels) {
+  // So many that some results come as close to a rounding tie as the faster path lets pass.
+  Random random;
+  int ways[3] = {};
+  expectMeasure(random, random.image<Tev8u>(641, 480, [&] { return random.between(0, 255); }), settings[0], ways);
+}
+
 TYPED_TEST(EigenValsVecs, OfAFlatImageAreZeros) {
   for (const Setting& k : {settings[0], settings[4]}) {
     Image<TypeParam> src(12, 7);

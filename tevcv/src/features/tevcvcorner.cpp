@@ -2,7 +2,7 @@
 // edge detector", 1988).
 //
 // The closed form for a symmetric 2 x 2 matrix runs in extended precision. The fast path takes a block of pixels in
-// double, with a bound on each result and each comparison, and leaves a block with any doubt to the definition.
+// double, with a bound on each result and each comparison, and leaves the pixels in doubt to the definition.
 #include <bit>
 #include <cmath>
 #include <cstring>
@@ -52,102 +52,100 @@ void definedPixel(Tev32f aPlane, Tev32f bPlane, Tev32f cPlane, Tev32f scale, int
 
 constexpr int blockPixels = 64;
 
-struct Rounded {
-  Tev32f value;
-  std::uint32_t doubt;  // 0 where every value within the margin rounds to this float
-};
+using Word = std::uint32_t;
+constexpr Word signBit = 1U << 31;
 
-inline Rounded roundWithin(Tev64f value, Tev64f margin) {
-  const auto low = static_cast<Tev32f>(value - margin), high = static_cast<Tev32f>(value + margin);
-  return {high, (std::bit_cast<std::uint32_t>(low) ^ std::bit_cast<std::uint32_t>(high)) | (low == high ? 0U : 1U)};
+inline Word allOrNone(bool condition) { return condition ? ~Word{0} : Word{0}; }
+inline Word bitsOf(Tev32f value) { return std::bit_cast<Word>(value); }
+
+// 1 / sqrt(x), off by less than 2^-44 of itself, from half an x in the range of floats; a finite number for 0. The
+// roundings in float leave less than 3 * 2^-24, and Newton's step 1.5 times the square of that.
+inline Tev64f inverseRoot(Tev64f halfX) {
+  constexpr Tev32f rootOfHalf = 0.70710678F;
+  const Tev64f half = halfX > 0x1p-120 ? halfX : 0x1p-120;
+  const Tev64f y = rootOfHalf / std::sqrt(static_cast<Tev32f>(half));
+  return y * (1.5 - half * (y * y));
 }
 
-// Which way a pixel goes, as far as double can tell.
-enum Way : std::uint32_t { noCorner, onAxes, turned, unknown };
+// Whether a number less than 2^-43 of itself away may round to another float than `value`, by all bits or none. A
+// double has 29 bits more than a float, so the midpoints between floats are where those read 2^28, and the number is
+// less than 2^10 of the last place away.
+inline Word isNearMidpoint(Tev64f value) {
+  constexpr Word distance = 1U << 10, midpoint = 1U << 28, places = (1U << 29) - 1;
+  const auto low = static_cast<Word>(std::bit_cast<std::uint64_t>(value));
+  return allOrNone(((low + (distance - midpoint)) & (places & ~(2 * distance - 1))) == 0);
+}
 
-// A block in double, in stages that each run in vectors.
+// A block of pixels in double, and which of them are left to the definition. Neither a nor c is negative: they are
+// averages of squares.
+//
+// Which way a pixel goes: entries are compared in float, where 0.01 times an entry is off by less than 2^-22 of it. The
+// determinant has the bounds of its two products, and 2^-22 of what it is compared with for its own rounding to float.
+// A determinant of 0.01 times an entry means entries and eigenvalues above 0.004, so that no corner but the flat one,
+// all zeros, comes near the end of the floats' range or the smallest norm.
+//
+// The results: with d the difference of a and c without its sign and r the root, the eigenvalues are half of the sum
+// plus and minus r, off by less than 2^-51 of the larger. With m = (d + r) / 2 both unit vectors consist of m and |b|,
+// each over sqrt(r * m), since m^2 + b^2 = r * m; nothing cancels there. That holds for the vector of the smaller
+// value. That of the larger is defined by its value's float, and is computed from it.
 struct EigenBlock {
-  Tev64f a[blockPixels], b[blockPixels], c[blockPixels];
-  std::uint32_t way[blockPixels];
-  Tev32f result[resultsPerPixel][blockPixels];
-  std::uint32_t valueDoubt[blockPixels], vectorDoubt[blockPixels];
+  Word doubt[blockPixels];
+  Word result[resultsPerPixel][blockPixels];
 
-  // Products of two floats are exact.
-  void load(const Tev32f* aPlane, const Tev32f* bPlane, const Tev32f* cPlane, Tev32f scale, int length) {
+  void solve(const Tev32f* a, const Tev32f* b, const Tev32f* c, Tev32f scale, int sign, int length) {
+    constexpr auto weakLow = static_cast<Tev32f>(weak * (1 - 0x1p-21));
+    constexpr auto weakHigh = static_cast<Tev32f>(weak * (1 + 0x1p-21));
+    const Tev64f twiceScale = 2 * Tev64f{scale};
+    const Word turn = sign < 0 ? signBit : 0;
     for (int i = 0; i < length; ++i) {
-      a[i] = Tev64f{aPlane[i]} * scale;
-      b[i] = Tev64f{bPlane[i]} * scale;
-      c[i] = Tev64f{cPlane[i]} * scale;
+      const Tev32f mostPlane = a[i] > c[i] ? a[i] : c[i], leastPlane = a[i] > c[i] ? c[i] : a[i];
+      const Tev32f bPlane = std::fabs(b[i]), tLow = mostPlane * weakLow, tHigh = mostPlane * weakHigh;
+      // Products of two floats are exact.
+      const Tev64f most = Tev64f{mostPlane} * scale, least = Tev64f{leastPlane} * scale,
+                   b2 = Tev64f{bPlane} * twiceScale;
+      const Tev64f ac = most * least, bb4 = b2 * b2, bb = 0.25 * bb4, t = weak * most;
+      const Tev64f excess = (ac - bb) - t, tolerance = (ac + bb) * 0x1p-51 + t * 0x1p-22;
+      // A float determinant of the least numbers may be 0 and pass the comparison with 0.
+      const Word none = allOrNone(leastPlane < tLow) | allOrNone(excess + tolerance < -0x1p-140);
+      const Word corner =
+          allOrNone(leastPlane >= tHigh) & allOrNone(excess >= tolerance) & allOrNone(mostPlane < 0x1p60F);
+      const Word onAxes = corner & allOrNone(bPlane < tLow), turned = corner & allOrNone(bPlane >= tHigh);
+
+      // All of these are twice as large as in the formula.
+      const Tev64f difference = most - least, sum = most + least, r = std::sqrt(difference * difference + bb4);
+      const Tev64f larger = sum + r, smaller = sum - r, margin = larger * 0x1p-50;
+      const auto value = static_cast<Tev32f>(larger);
+      const auto low = static_cast<Tev32f>(smaller - margin), high = static_cast<Tev32f>(smaller + margin);
+
+      const Tev64f own = a[i] > c[i] ? most : least;
+      const Tev64f y = value - (own + own), inverse = inverseRoot(0.5 * (y * y + bb4));
+      const Tev64f x1 = b2 * inverse, y1 = y * inverse;
+      const Tev64f m = difference + r, q = inverseRoot(r * m), across = m * q, along = b2 * q;
+      const auto acrossFloat = static_cast<Tev32f>(across), alongFloat = static_cast<Tev32f>(along);
+      const Tev32f x2 = a[i] > c[i] ? alongFloat : acrossFloat, y2 = 0.0F - (a[i] > c[i] ? acrossFloat : alongFloat);
+
+      const Word values = isNearMidpoint(larger) | ~allOrNone(low == high);
+      const Word vectors = isNearMidpoint(x1) | isNearMidpoint(y1) | isNearMidpoint(across) | isNearMidpoint(along);
+      doubt[i] = ~(none | onAxes | turned) | (values & corner) | (vectors & turned);
+      const Word one = bitsOf(1.0F) & onAxes, side = (bitsOf(b[i]) & signBit) ^ turn;
+      result[0][i] = bitsOf(0.5F * value) & corner;
+      result[1][i] = bitsOf(0.5F * high) & corner;
+      result[2][i] = ((bitsOf(static_cast<Tev32f>(x1)) | side) & turned) | one;
+      result[3][i] = bitsOf(static_cast<Tev32f>(y1)) & turned;
+      result[4][i] = (bitsOf(x2) | side) & turned;
+      result[5][i] = (bitsOf(y2) & turned) | one;
     }
   }
 
-  void choose(int length) {
-    for (int i = 0; i < length; ++i) {
-      const Tev64f most = a[i] > c[i] ? a[i] : c[i], least = a[i] > c[i] ? c[i] : a[i], magnitude = std::fabs(b[i]);
-      const Tev64f t = weak * most, margin = std::fabs(t) * 0x1p-52, low = t - margin, high = t + margin;
-      const Tev64f ac = a[i] * c[i], bb = b[i] * b[i], d = ac - bb, dMargin = (std::fabs(ac) + bb) * 0x1p-51;
-      const auto dLow = Tev64f{static_cast<Tev32f>(d - dMargin)}, dHigh = Tev64f{static_cast<Tev32f>(d + dMargin)};
-      // Each way from the most certain on; a comparison with NaN leaves the way unknown.
-      Tev64f chosen = magnitude < low ? Tev64f{onAxes} : Tev64f{unknown};
-      chosen = magnitude >= high ? Tev64f{turned} : chosen;
-      chosen = least >= high ? chosen : Tev64f{unknown};
-      chosen = dLow >= high ? chosen : Tev64f{unknown};
-      chosen = least < low ? Tev64f{noCorner} : chosen;
-      chosen = dHigh < low ? Tev64f{noCorner} : chosen;
-      way[i] = static_cast<std::uint32_t>(static_cast<int>(chosen));
-    }
-  }
-
-  void solve(int sign, int length) {
-    for (int i = 0; i < length; ++i) {
-      const Tev64f difference = a[i] - c[i], r = std::sqrt(4.0 * (b[i] * b[i]) + difference * difference);
-      // Sum and root are off by less than 2^-50 of themselves, their halves by half of that.
-      const Tev64f margin = (std::fabs(a[i]) + std::fabs(c[i]) + r) * 0x1p-51;
-      const Tev64f smaller = (a[i] + c[i] - r) * 0.5;
-      const Rounded l1 = roundWithin((a[i] + c[i] + r) * 0.5, margin), l2 = roundWithin(smaller, margin);
-
-      const Tev64f vx = b[i] * sign, y1 = l1.value - a[i], y2 = smaller - a[i];
-      const Tev64f root1 = std::sqrt(y1 * y1 + vx * vx), root2 = std::sqrt(y2 * y2 + vx * vx);
-      const Tev64f inverse1 = 1.0 / (root1 > smallestNorm ? root1 : Tev64f{smallestNorm});
-      const Tev64f inverse2 = 1.0 / (root2 > smallestNorm ? root2 : Tev64f{smallestNorm});
-      const Tev64f x1 = vx * inverse1, z1 = y1 * inverse1, x2 = vx * inverse2, z2 = y2 * inverse2;
-      const Tev64f margin2 = margin * inverse2 * 2.5;
-      const Rounded v1 = roundWithin(x1, std::fabs(x1) * 0x1p-49), w1 = roundWithin(z1, std::fabs(z1) * 0x1p-49);
-      const Rounded v2 = roundWithin(x2, std::fabs(x2) * (margin2 + 0x1p-49));
-      const Rounded w2 = roundWithin(z2, margin2 + std::fabs(z2) * 0x1p-49);
-      valueDoubt[i] = l1.doubt | l2.doubt;
-      vectorDoubt[i] = v1.doubt | w1.doubt | v2.doubt | w2.doubt;
-      result[0][i] = l1.value;
-      result[1][i] = l2.value;
-      result[2][i] = v1.value;
-      result[3][i] = w1.value;
-      result[4][i] = v2.value;
-      result[5][i] = w2.value;
-    }
-  }
-
-  // Puts in what the other ways store, and tells whether any pixel is in doubt.
-  bool finish(int length) {
-    for (int i = 0; i < length; ++i) {
-      const std::uint32_t w = way[i];
-      const std::uint32_t values = w == noCorner ? 0U : ~0U, vectors = w == turned ? ~0U : 0U;
-      valueDoubt[i] = (valueDoubt[i] & values) | (vectorDoubt[i] & vectors) | (w == unknown ? 1U : 0U);
-      const Tev32f along = w == onAxes ? 1.0F : 0.0F;
-      result[0][i] = w == noCorner ? 0.0F : result[0][i];
-      result[1][i] = w == noCorner ? 0.0F : result[1][i];
-      result[2][i] = w == turned ? result[2][i] : along;
-      result[3][i] = w == turned ? result[3][i] : 0.0F;
-      result[4][i] = w == turned ? result[4][i] : 0.0F;
-      result[5][i] = w == turned ? result[5][i] : along;
-    }
-    std::uint32_t doubt = 0;
-    for (int i = 0; i < length; ++i) doubt |= valueDoubt[i];
-    return doubt != 0;
+  bool isInDoubt(int length) const {
+    Word any = 0;
+    for (int i = 0; i < length; ++i) any |= doubt[i];
+    return any != 0;
   }
 
   // Six results a pixel, side by side. They are paired first: whole pairs interleave in vectors.
   void store(Tev32f* out, int length) const {
-    Tev32f pairs[3][2 * blockPixels];
+    Word pairs[3][2 * blockPixels];
     for (int k = 0; k < 3; ++k)
       for (int i = 0; i < length; ++i) {
         pairs[k][2 * i] = result[2 * k][i];
@@ -163,15 +161,12 @@ void eigenRow(const Tev32f* a, const Tev32f* b, const Tev32f* c, Tev32f* dst, in
   for (int first = 0; first < width; first += blockPixels) {
     const int length = std::min(blockPixels, width - first);
     Tev32f* const out = dst + std::ptrdiff_t{first} * resultsPerPixel;
-    block.load(a + first, b + first, c + first, scale, length);
-    block.choose(length);
-    block.solve(sign, length);
-    if (block.finish(length)) {
-      for (int i = 0; i < length; ++i)
+    block.solve(a + first, b + first, c + first, scale, sign, length);
+    block.store(out, length);
+    if (!block.isInDoubt(length)) continue;
+    for (int i = 0; i < length; ++i)
+      if (block.doubt[i] != 0)
         definedPixel(a[first + i], b[first + i], c[first + i], scale, sign, out + i * resultsPerPixel);
-    } else {
-      block.store(out, length);
-    }
   }
 }
 
