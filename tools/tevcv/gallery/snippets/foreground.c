@@ -9,7 +9,12 @@ TevStatus moving(const Tev8u** frames, int count, int step, Tev8u* mask, int mas
   TevStatus status = teviForegroundGaussianInitAlloc_8u_C1R(first, step, roi, &ref, &model);
   for (int i = 1; i < count && status == tevStatusOk; ++i)
     status = teviForegroundGaussian_8u_C1R(frames[i], step, &ref, 1, mask, maskStep, roi, model);
-  if (model) teviForegroundGaussianFree_8u_C1R(model);
+  if (model) {
+    void* modes = model->pixels[0]; /* freeing a model leaves these two to the caller */
+    teviForegroundGaussianFree_8u_C1R(model);
+    tevsFree(modes);
+    tevsFree(model);
+  }
   return status;
 }
 /* end */
