@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# speed.sh: runs all benchmarks on every variant that this processor can run and writes the table of docs/speed.md anew.
-# Takes about ten minutes on a quiet machine. One entry's figure is the best of two runs.
+# speed.sh [RUNS]: runs all benchmarks RUNS times (2 unless told) on every variant that this processor can run and writes
+# the table of docs/speed.md anew, with the best figure of each entry. A run takes some minutes; the machine must be
+# quiet.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 variants=(i386 x86_64)
@@ -8,7 +9,8 @@ for level in v3 v4; do
   if /lib64/ld-linux-x86-64.so.2 --help | grep -q "x86-64-$level (supported"; then variants+=("x86_64-$level"); fi
 done
 mkdir -p build/speed
-for run in 1 2; do
+rm -f build/speed/*
+for run in $(seq "${1:-2}"); do
   for variant in "${variants[@]}"; do
     ./bench . "$variant" | tee "build/speed/$variant.$run"
   done
@@ -16,9 +18,7 @@ done
 
 # A line of the benchmarks' table: the entry's name, then milliseconds, nanoseconds a pixel, copies, target, a verdict.
 for variant in "${variants[@]}"; do
-  for run in 1 2; do
-    sed -nE "s/^(.*[^ ]) +[0-9.]+ +[0-9.]+ +([0-9.]+) +([0-9.]+|-)( .*)?$/$variant|\1|\2|\3/p" "build/speed/$variant.$run"
-  done
+  sed -nE "s/^(.*[^ ]) +[0-9.]+ +[0-9.]+ +([0-9.]+) +([0-9.]+|-)( .*)?$/$variant|\1|\2|\3/p" build/speed/"$variant".*
 done | awk -F'|' -v variants="${variants[*]}" '
   {
     if (!($2 in target)) { order[++count] = $2; target[$2] = $4 }
