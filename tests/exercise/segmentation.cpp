@@ -40,8 +40,9 @@ struct Fill {
     upperDiff = values(e, 2);
     // A new value inside the range, most likely: pixels that were filled would join again.
     if (rule == Rule::range && e.draw.oneIn(4)) {
+      const int rowStep = std::is_same_v<T, Tev32f> ? step - step % int{sizeof(T)} : step;
       std::memcpy(newValue,
-                  reinterpret_cast<const char*>(image.data) + std::ptrdiff_t{seed.y} * step +
+                  reinterpret_cast<const char*>(image.data) + std::ptrdiff_t{seed.y} * rowStep +
                       std::ptrdiff_t{seed.x} * channels * int{sizeof(T)},
                   channels * sizeof(T));
       T first;
