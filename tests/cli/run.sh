@@ -26,6 +26,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export LC_ALL=C
 passed=0 failed=0
+mkdir -p "$(dirname "$list")"
 : > "$list"
 
 wrong() {  # wrong WHAT: of the case at hand
