@@ -8,13 +8,13 @@ set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 source=$(cd "$here/../.." && pwd)
 . "$source/tools/setup.sh"
-need pkg-config
+need pkg-config cmake ninja-build
 kind=$1
 shift
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 root=$work/root
-export LC_ALL=C
+export LC_ALL=C CMAKE_GENERATOR=Ninja
 unset LD_LIBRARY_PATH GLIBC_TUNABLES
 version=5.2
 triplets=(x86_64-linux-gnu i386-linux-gnu)
