@@ -156,7 +156,7 @@ TEV_API TevStatus teviTiltedHaarClassifierInitAlloc_32s(TevHaarClassifierState**
  * `teviTiltHaarFeatures_*` turns the rectangles of each classifier whose element of `pSelect` (one for each classifier,
  * in the order in which they were given) is not 0 into tilted ones, in place: a stage for `teviApplyMixed...`. With
  * `anchorFlag` not 0 the rectangle hangs from its top-left corner as a tilted one is built; with 0 it stands on its
- * bottom-left corner, with b = y + h: A = (x+w-h, b), B = (x-h, y), C = (x+w, b-w), D = (x+w-h, y-w). Once only, and
+ * bottom-left corner, with b = y + h: A = (x, b), B = (x-h, y), C = (x+w, b-w), D = (x+w-h, y-w). Once only, and
  * never for a stage that was built tilted. Where `pSelect` selects nothing, nothing changes.
  * @return #tevStatusNullPtr (`state` or `pSelect`); #tevStatusBadArg (the stage has been tilted).
  * @{

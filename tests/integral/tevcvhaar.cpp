@@ -487,9 +487,9 @@ TYPED_TEST(HaarStage, TiltsTheChosenClassifiersInPlaceAndDropsTheirPosition) {
     EXPECT_EQ(state->classifiers[2].indexAndTilt, 1);
     EXPECT_EQ(cornersOf(state->classifiers[0].features[0]), (std::vector{2, 2, 1, 2, 2, 0, 1, 0}));
     EXPECT_EQ(cornersOf(state->classifiers[1].features[0]),
-              anchor ? (std::vector{4, 11, -1, 6, 8, 7, 3, 2}) : (std::vector{4, 6, -1, 2, 8, 1, 4, -3}));
+              anchor ? (std::vector{4, 11, -1, 6, 8, 7, 3, 2}) : (std::vector{3, 6, -1, 2, 8, 1, 4, -3}));
     EXPECT_EQ(cornersOf(state->classifiers[2].features[0]),
-              anchor ? (std::vector{6, 6, 4, 4, 9, 3, 7, 1}) : (std::vector{6, 4, 4, 1, 9, 2, 6, -1}));
+              anchor ? (std::vector{6, 6, 4, 4, 9, 3, 7, 1}) : (std::vector{7, 4, 4, 1, 9, 2, 6, -1}));
     EXPECT_EQ(teviTiltHaarFeatures_32s(select, anchor, state.get()), tevStatusBadArg);
   }
 }
@@ -763,6 +763,8 @@ TEST(HaarApply32f, NanVotesBelowAndASumThatIsNanStays) {
   EXPECT_FALSE(stays(3e38F, 5, -1, 0, 1, 1));
   EXPECT_TRUE(stays(5, 5, 1, 0, nan, 1));
   EXPECT_TRUE(stays(5, 5, 1, 0, 1, nan));
+  EXPECT_FALSE(stays(5, 5, 1, nan, -1, 0));  // a vote that is not cast
+  EXPECT_FALSE(stays(5, 9, 1, -1, nan, 0));
   EXPECT_TRUE(stays(5, 9, 1, inf, 0, inf));
   EXPECT_FALSE(stays(5, 9, 1, -inf, 0, 1));
   EXPECT_TRUE(stays(1e-45F, 1e-45F, 1, 0, 1, 1));

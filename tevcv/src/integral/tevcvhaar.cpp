@@ -70,12 +70,11 @@ void setTiltedCorners(Feature& f, TevRect r) {
              {wrapSub(r.x, r.height), wrapAdd(r.y, r.height)}, {right, wrapAdd(r.y, r.width)}, {r.x, r.y});
 }
 
-// The rectangle stands on its corner B, which stays at the upright one's bottom-left height.
+// The rectangle stands on its corner A, the upright one's bottom-left corner.
 void setStandingCorners(Feature& f, TevRect r) {
   const Tev32s right = wrapAdd(r.x, r.width), bottom = wrapAdd(r.y, r.height);
-  const Tev32s top = wrapSub(right, r.height);
-  setCorners(f, {top, bottom}, {wrapSub(r.x, r.height), r.y}, {right, wrapSub(bottom, r.width)},
-             {top, wrapSub(r.y, r.width)});
+  setCorners(f, {r.x, bottom}, {wrapSub(r.x, r.height), r.y}, {right, wrapSub(bottom, r.width)},
+             {wrapSub(right, r.height), wrapSub(r.y, r.width)});
 }
 
 // Right and bottom edges stand in boundWidth and boundHeight while the features come in, and boundX and boundY are
@@ -305,6 +304,7 @@ Tev64f voteSlackOf(const State& state) {
     whole &= isSmallInteger(c->aboveValue.f) && isSmallInteger(c->belowValue.f);
     largest += std::fabs(static_cast<Tev64f>(c->aboveValue.f)) + std::fabs(static_cast<Tev64f>(c->belowValue.f));
   }
+  if (std::isnan(largest)) return std::numeric_limits<Tev64f>::infinity();  // its votes may never be cast
   return whole ? 0 : largest * (state.classifierCount + 1) * 0x1p-52;
 }
 
