@@ -109,6 +109,16 @@ TEST(AccumulateExample, ABlendOfFarMagnitudesFollowsItsFormula) {
   EXPECT_SAME_IMAGE(a, grid<Tev32f>({{0}}));
 }
 
+TEST(AccumulateExample, ABlendJustBelowTheLeastNormalFloatIsNotRoundedTwice) {
+  // A little less than halfway from the largest subnormal to the least normal float: in double it lies on the middle.
+  for (const Tev32f sign : {1.0F, -1.0F}) {
+    const auto s = grid<Tev32f>({{sign * 0x1.d0c278p-124F}});
+    auto a = grid<Tev32f>({{sign * 0x1.ffffdcp-127F}});
+    EXPECT_EQ(teviAddWeighted_32f_C1IR(s.data(), s.step(), a.data(), a.step(), a.size(), 0x1.5b8p-23F), tevStatusOk);
+    EXPECT_SAME_IMAGE(a, grid<Tev32f>({{sign * 0x1.fffffcp-127F}}));
+  }
+}
+
 TEST(AccumulateExample, FarApartTermsRoundAsExtendedPrecisionDoes) {
   // 2^24 + 1 lies between two floats. What is added decides if extended precision holds it (2^-30), and is lost
   // otherwise (2^-60); in double both would be lost.

@@ -129,7 +129,8 @@ void addProductRow(const S* s1, const S* s2, const Tev8u* mask, Tev32f* a, int w
 // a + (s - a) * alpha, in this form: the mean of a and s by their weights would round differently. The three roundings
 // of the double form leave it within 34 units of the extended form as long as the last addition does not cancel, so the
 // float is certain where the double stays 64 units away from the middle of two floats. Sums that cancel, and small ones
-// (below the normal floats), are in doubt; a 0 in the accumulator is not, as the blend with it is exact in double.
+// (that become the least normal float or one below), are in doubt; a 0 in the accumulator is not, as the blend with it
+// is exact in double.
 template <class Weight>
 bool blend(const Tev32f* s, const Tev32f* a, Weight weight, int count, Tev32f* sums) {
   constexpr std::uint64_t margin = 64;
@@ -143,7 +144,7 @@ bool blend(const Tev32f* s, const Tev32f* a, Weight weight, int count, Tev32f* s
     sums[i] = static_cast<Tev32f>(sum);
   }
   for (int i = 0; i < count; ++i)
-    small |= ((std::bit_cast<std::uint32_t>(sums[i]) & 0x7FFFFFFF) - 0x00800000) &
+    small |= ((std::bit_cast<std::uint32_t>(sums[i]) & 0x7FFFFFFF) - 0x00800001) &
              -(std::bit_cast<std::uint32_t>(a[i]) & 0x7FFFFFFF);
   return static_cast<std::int64_t>(doubt) >= 0 && static_cast<std::int32_t>(small) >= 0;
 }
