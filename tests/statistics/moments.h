@@ -52,14 +52,15 @@ Moments defined(const kit::Image<T, channels>& s, const kit::Image<Tev8u>* mask,
   const long double n = sum(0, [](long double) { return 1.0L; });
   if (n == 0) return {0, 0};
   Moments m;
-  m.mean = static_cast<double>(sum(threads, [](long double v) { return v; }) / n);
+  const long double unrounded = sum(threads, [](long double v) { return v; }) / n;
+  m.mean = static_cast<double>(unrounded);
   const long double mean = m.mean;
   long double squares = 0;
   if constexpr (std::is_same_v<T, Tev16u>)  // exact below 2^64, whatever the route
     squares = sum(0, [](long double v) { return v * v; });
   else
     squares = sum(threads, [](long double v) { return v * v; });
-  m.deviation = std::sqrt(static_cast<double>(std::fabs(squares / n - mean * mean)));
+  m.deviation = std::sqrt(static_cast<double>(std::fabs(squares / n - unrounded * unrounded)));
   const long double deviation = m.deviation;
   if (std::is_same_v<T, Tev32f> && deviation * deviation < static_cast<long double>(0.05) * mean * mean)
     m.deviation =

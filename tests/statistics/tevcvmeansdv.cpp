@@ -99,6 +99,14 @@ TEST(MeanStdDevExample, MeasuresMeanAndPopulationDeviation) {
   EXPECT_EQ(of(grid<Tev16u, 3>({{1, 65535, 9, 5, 65533, 7}}), 2), (Moments{65534, 1}));
 }
 
+TEST(MeanStdDevExample, OnePixelAmongEqualOnesKeepsItsDigits) {
+  // sqrt(n - 1) / n for n pixels of which one differs by 1.
+  auto s = Image<Tev8u>(997, 991).fill(255).clone();
+  s.set(500, 500, 254);
+  const double n = 997.0 * 991.0;
+  EXPECT_NEAR(of(s).deviation, std::sqrt(n - 1) / n, 2e-12);
+}
+
 TYPED_TEST(MeanStdDev, OfAnEmptyMaskIsZero) {
   const auto m = Image<Tev8u>(17, 5).fill(0).clone();
   EXPECT_EQ(of(Image<TypeParam>(17, 5).fill(9), m), (Moments{0, 0}));

@@ -64,7 +64,7 @@ TevStatus meanStdDev(const Elements<T, channels, masked>& e, Gate shared, Tev64f
     squares = sums.squares;
     count = sums.count;
   } else {
-    const int threads = threads_omp_of_n_tev;
+    const int threads = std::max(1, threads_omp_of_n_tev);
     Slots<std::conditional_t<masked, MaskedShare, PlainShare>> slots(threads);
     if (!slots) return tevStatusNoMemory;
     forEachShare(e.roi.height, threads, [&](Share share) {
@@ -86,8 +86,9 @@ TevStatus meanStdDev(const Elements<T, channels, masked>& e, Gate shared, Tev64f
   Tev64f mean = 0, deviation = 0;
   if (count != 0) {
     const auto n = static_cast<Extended>(count);
-    mean = static_cast<Tev64f>(sum / n);
-    const Extended variance = trueSquares<T>(sum, squares, count) / n - Extended{mean} * mean;
+    // The mean keeps its digits until it is squared: among nearly equal pixels little is left of the difference.
+    const Extended m = sum / n, variance = trueSquares<T>(sum, squares, count) / n - m * m;
+    mean = static_cast<Tev64f>(m);
     deviation = std::sqrt(static_cast<Tev64f>(std::fabs(variance)));
     if constexpr (std::is_same_v<T, Tev32f>) {
       if (Extended{deviation} * deviation < Extended{0.05} * mean * mean) {
@@ -95,7 +96,7 @@ TevStatus meanStdDev(const Elements<T, channels, masked>& e, Gate shared, Tev64f
         if (!shared.second) {
           squaredDeviations = sumDeviations(e, mean, 0, e.roi.height);
         } else {
-          const int threads = threads_omp_of_n_tev;
+          const int threads = std::max(1, threads_omp_of_n_tev);
           Slots<Tev64f> slots(threads);
           if (!slots) return tevStatusNoMemory;
           forEachShare(e.roi.height, threads, [&](Share share) {
