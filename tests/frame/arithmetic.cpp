@@ -60,6 +60,13 @@ TEST(Borders, ContinueALineForAsFarAsAKernelReaches) {
   EXPECT_EQ(line(tevBorderConst, 2), (V{-1, -1, -1, -1, -1, 0, 1, -1, -1, -1, -1, -1}));
   for (TevBorderType type : {tevBorderRepl, tevBorderWrap, tevBorderMirror, tevBorderMirrorR})
     EXPECT_EQ(line(type, 1), V(11, 0)) << type;
+  // The longest lines, whose periods no int holds.
+  constexpr int longest = std::numeric_limits<int>::max() - 8;
+  EXPECT_EQ(borderIndex(longest + 1, longest, tevBorderWrap), 1);
+  EXPECT_EQ(borderIndex(-2, longest, tevBorderMirror), 2);
+  EXPECT_EQ(borderIndex(longest + 1, longest, tevBorderMirror), longest - 3);
+  EXPECT_EQ(borderIndex(-2, longest, tevBorderMirrorR), 1);
+  EXPECT_EQ(borderIndex(longest + 1, longest, tevBorderMirrorR), longest - 2);
 }
 
 TEST(Checks, GiveTheFirstFailure) {

@@ -1,6 +1,8 @@
 // How an image goes on outside its region.
 #pragma once
 
+#include <cstdint>
+
 #include "tevcv/types.h"
 
 namespace tevcv {
@@ -9,20 +11,21 @@ namespace tevcv {
 // for as far as a kernel reaches, however short the line. -1 where the border's constant value stands.
 constexpr int borderIndex(int i, int length, TevBorderType type) {
   if (i >= 0 && i < length) return i;
-  const auto modulo = [](int a, int period) { return (a % period + period) % period; };  // NOLINT: lengths are above 0
+  // Periods of up to twice the length do not fit an int for the longest lines.
+  const auto modulo = [i](std::int64_t period) { return (i % period + period) % period; };
   switch (type) {
     case tevBorderRepl:
       return i < 0 ? 0 : length - 1;
     case tevBorderWrap:
-      return modulo(i, length);
+      return static_cast<int>(modulo(length));
     case tevBorderMirror: {
       if (length == 1) return 0;
-      const int period = 2 * (length - 1), at = modulo(i, period);
-      return at < length ? at : period - at;
+      const std::int64_t period = 2 * (std::int64_t{length} - 1), at = modulo(period);
+      return static_cast<int>(at < length ? at : period - at);
     }
     case tevBorderMirrorR: {
-      const int period = 2 * length, at = modulo(i, period);
-      return at < length ? at : period - 1 - at;
+      const std::int64_t period = 2 * std::int64_t{length}, at = modulo(period);
+      return static_cast<int>(at < length ? at : period - 1 - at);
     }
     default:
       return -1;
