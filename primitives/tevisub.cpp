@@ -1,7 +1,7 @@
 // Subtraction: the first image is the one taken away. Steps are used as they stand.
+#include <algorithm>
 #include <climits>
 
-#include "frame/arithmetic.h"
 #include "frame/checks.h"
 #include "frame/rows.h"
 #include "tevcv/primitives.h"
@@ -22,6 +22,7 @@ TevStatus subtract(const Tev32f* src1, int src1Step, const Tev32f* src2, int src
   return tevStatusOk;
 }
 
+// `scale` takes a difference and forms its multiples in 16 bits, where a vector holds twice as many as of ints.
 template <class Scale>
 void subtractRows(Rows<const Tev8u> src1, Rows<const Tev8u> src2, Rows<Tev8u> dst, TevSize roi, Scale scale) {
   for (int y = 0; y < roi.height; ++y) {
@@ -29,8 +30,8 @@ void subtractRows(Rows<const Tev8u> src1, Rows<const Tev8u> src2, Rows<Tev8u> ds
     Tev8u* const d = dst[y];
 #pragma GCC ivdep
     for (int x = 0; x < roi.width; ++x) {
-      const int difference = b[x] - a[x];
-      d[x] = static_cast<Tev8u>(scale(difference > 0 ? difference : 0));
+      const auto difference = static_cast<Tev8u>(std::max(a[x], b[x]) - a[x]);
+      d[x] = static_cast<Tev8u>(scale(difference));
     }
   }
 }
@@ -42,21 +43,28 @@ TevStatus subtract(const Tev8u* src1, int src1Step, const Tev8u* src2, int src2S
   const auto a = rows(src1, src1Step), b = rows(src2, src2Step);
   const auto d = rows(dst, dstStep);
   if (scaleFactor == 0)
-    subtractRows(a, b, d, roi, [](int v) { return v; });
+    subtractRows(a, b, d, roi, [](Tev8u v) { return v; });
   else if (scaleFactor > 0)
-    subtractRows(a, b, d, roi, [scaleFactor](int v) { return shiftRightTiesToEven(v, scaleFactor); });
+    // v * 2^-scaleFactor as v * power / 256, ties to even: a shift by a constant.
+    subtractRows(a, b, d, roi, [power = 1 << (8 - scaleFactor)](Tev8u v) {
+      const auto multiple = static_cast<Tev16u>(v * power);
+      const auto raised = static_cast<Tev16u>(multiple + 127 + ((multiple >> 8) & 1));
+      return raised >> 8;
+    });
   else if (scaleFactor >= -7)
-    subtractRows(a, b, d, roi, [shift = -scaleFactor](int v) { return saturate<Tev8u>(v << shift); });
+    subtractRows(a, b, d, roi, [power = 1 << -scaleFactor](Tev8u v) {
+      return std::min(static_cast<Tev16u>(v * power), Tev16u{255});
+    });
   else
-    subtractRows(a, b, d, roi, [](int v) { return v > 0 ? 255 : 0; });
+    subtractRows(a, b, d, roi, [](Tev8u v) { return v > 0 ? 255 : 0; });
   return tevStatusOk;
 }
 
 // The forms of several channels look at the width alone and leave the rest to the one-channel form. A width whose
-// elements no int can count is no size either.
+// elements no int can count is no size either; that form says so, pointers first.
 TevStatus channelWidth(TevSize* roi, int channels) {
-  if (roi->width < 1 || roi->width > INT_MAX / channels) return tevStatusBadSize;
-  roi->width *= channels;
+  if (roi->width < 1) return tevStatusBadSize;
+  roi->width = roi->width > INT_MAX / channels ? 0 : roi->width * channels;
   return tevStatusOk;
 }
 

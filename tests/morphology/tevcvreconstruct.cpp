@@ -502,7 +502,8 @@ TYPED_TEST(Reconstruction, ACheckPassSkipsQuietRowsAndFlagsWhatItChanges) {
   row = start.clone();
   EXPECT_EQ(run(-2, {0, 0, 1, 0, 0, 0}, row, {0, 1, 1, 1, 0, 0}), 2);
   EXPECT_SAME_IMAGE(row, grid<T>({{0, 0, 0}, {4, 4, 4}, {4, 4, 4}, {5, 5, 5}}));
-  // The first row: in mode 2 if flagged, in mode 0 in any case, below it never. Quiet rows lose their flags.
+  // The first row: in mode 2 if flagged, in mode 0 in any case, below it never. Rows that
+  // are looked at and do not change lose their flags.
   const auto firstRow = grid<T>({{0, 7, 0}, {9, 9, 9}, {9, 9, 9}, {9, 9, 9}});
   row = firstRow.clone();
   EXPECT_EQ(run(2, {0, 1, 1, 1, 1, 0}, row, {1, 1, 0, 0, 0, 0}), 1);
@@ -511,7 +512,7 @@ TYPED_TEST(Reconstruction, ACheckPassSkipsQuietRowsAndFlagsWhatItChanges) {
   EXPECT_EQ(run(0, {0, 0, 0, 0, 0, 0}, row, {1, 1, 0, 0, 0, 0}), 1);
   EXPECT_SAME_IMAGE(row, grid<T>({{7, 7, 7}, {9, 9, 9}, {9, 9, 9}, {9, 9, 9}}));
   row = firstRow.clone();
-  EXPECT_EQ(run(-2, {0, 1, 0, 0, 0, 0}, row, {0, 0, 0, 0, 0, 0}), 0);
+  EXPECT_EQ(run(-2, {0, 1, 0, 0, 0, 0}, row, {0, 1, 0, 0, 0, 0}), 0);
   EXPECT_SAME_IMAGE(row, firstRow);
 }
 

@@ -69,6 +69,11 @@ void expectChecks(int channels, Call call) {
   EXPECT_EQ(call(nullptr, p, p, noHeight), tevStatusNullPtr);
   EXPECT_EQ(call(nullptr, p, p, roi), tevStatusNullPtr);
   EXPECT_EQ(call(p, p, nullptr, roi), tevStatusNullPtr);
+  if (channels > 1) {  // more elements than an int counts
+    const TevSize tooWide = {std::numeric_limits<int>::max() / 2, 3};
+    EXPECT_EQ(call(nullptr, p, p, tooWide), tevStatusNullPtr);
+    EXPECT_EQ(call(p, p, p, tooWide), tevStatusBadSize);
+  }
   EXPECT_EQ(call(p, p, p, noWidth), tevStatusBadSize);
   EXPECT_EQ(call(p, p, p, noHeight), tevStatusBadSize);
   EXPECT_EQ(image, std::vector<T>(image.size(), T{1}));

@@ -245,7 +245,7 @@ int checkPass(const T* mask, int maskStep, T* row, int rowStep, int width, int f
     previousChanged = flags[y - direction] != 0;
   } else {
     const bool sweeps = forwardOnly ? flags[y] != 0 : mode == 0;
-    previousChanged = note(sweeps && sweepRow(masks[y], values[y], values[y], width));
+    previousChanged = sweeps && note(sweepRow(masks[y], values[y], values[y], width));
     y += direction;
   }
   for (; y != to; y += direction) {
