@@ -5,12 +5,13 @@
 #include <algorithm>
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 
 #include "frame/checks.h"
 #include "frame/rows.h"
 #include "tevcv/features.h"
 #include "tevcv/filtering.h"
-#include "tevcv_internal/frame.h"
+#include "tevcv_internal/filtering.h"
 
 namespace tevcv::corner {
 
@@ -33,19 +34,6 @@ inline Tev32f scaleOf(int kernelType, int apertureSize) {
   const Tev32f scale = 1.0F / static_cast<Tev32f>((1 << ((2 * apertureSize + 30) % 32)) * 255);
   return kernelType == tevCornerKernelScharr ? scale * 0.6125F : scale;
 }
-
-// A plane of floats inside the scratch.
-struct Plane {
-  Tev32f* first;
-  int step;
-
-  const Tev32f* row(int y) const { return rows<const Tev32f>(first, step)[y]; }
-};
-
-// The averaged products.
-struct Covariance {
-  Plane a, b, c;
-};
 
 inline Tev8u* aligned(Tev8u* p) {
   return reinterpret_cast<Tev8u*>((reinterpret_cast<std::uintptr_t>(p) + 31) & ~std::uintptr_t{31});
@@ -81,49 +69,75 @@ inline TevStatus derivatives(const Tev32f* src, int srcStep, Tev32f* dx, Tev32f*
 
 // Products of 16-bit derivatives are exact in 32 bits before they become floats; those of floats round once.
 template <class D>
-void products(const D* dx, const D* dy, TevSize roi, Plane xx, Plane xy, Plane yy) {
-  for (int y = 0; y < roi.height; ++y) {
-    const D *const gx = dx + std::ptrdiff_t{y} * roi.width, *const gy = dy + std::ptrdiff_t{y} * roi.width;
-    Tev32f *const a = rows(xx.first, xx.step)[y], *const b = rows(xy.first, xy.step)[y],
-                  *const c = rows(yy.first, yy.step)[y];
-    for (int x = 0; x < roi.width; ++x) {
-      const auto u = +gx[x], v = +gy[x];
-      a[x] = static_cast<Tev32f>(u * u);
-      b[x] = static_cast<Tev32f>(u * v);
-      c[x] = static_cast<Tev32f>(v * v);
-    }
+void products(const D* dx, const D* dy, int width, Tev32f* xx, Tev32f* xy, Tev32f* yy) {
+#pragma GCC ivdep
+  for (int x = 0; x < width; ++x) {
+    const auto u = +dx[x], v = +dy[x];
+    xx[x] = static_cast<Tev32f>(u * u);
+    xy[x] = static_cast<Tev32f>(u * v);
+    yy[x] = static_cast<Tev32f>(v * v);
   }
 }
 
-// Derivatives, products, averages. The averages never run in place: the first goes where the derivatives stood, each
-// other one to the product plane before it, which has been read by then. So the planes that a size query counts for
-// several threads stay free, and the filters' scratch follows the third.
-template <class T>
-TevStatus covariance(const T* src, int srcStep, TevSize roi, int kernelType, int apertureSize, int avgWindow,
-                     Tev8u* buffer, Covariance* result) {
+// Rows of floats for one of the products.
+constexpr int batchRows = 8, largestWindow = 5, ringRows = batchRows + largestWindow - 1;
+struct Lane {
+  Tev32f* product;         // a row
+  Tev32f* ring[ringRows];  // product rows averaged along x
+  Tev32f* average[batchRows];
+};
+
+// Derivatives, products, averages over the window. Calls row(y, a, b, c) with the averaged products of each image row.
+//
+// The averages are the rows of the lowpass filter with replicated borders, made by its stages. A few rows at a time go
+// through products, averages and `row`, so that what lies between stays in the cache. For images of few rows there are
+// fewer at a time: the queried sizes hold three product planes and the scratch of the filter.
+template <class T, class Row>
+TevStatus forEachCovarianceRow(const T* src, int srcStep, TevSize roi, int kernelType, int apertureSize, int avgWindow,
+                               Tev8u* buffer, Row row) {
   using D = Derivative<T>;
   const std::ptrdiff_t pixels = std::ptrdiff_t{roi.width} * roi.height;
-  const int pitch = ((roi.width + 15) & ~15) * int{sizeof(Tev32f)};
   D* const dx = reinterpret_cast<D*>(aligned(buffer));
   D* const dy = dx + pixels;
-  Plane plane[3];
-  Tev8u* end = reinterpret_cast<Tev8u*>(dy + pixels);
-  for (Plane& p : plane) {
-    p = {reinterpret_cast<Tev32f*>(aligned(end)), pitch};
-    end = reinterpret_cast<Tev8u*>(p.first) + std::ptrdiff_t{pitch} * roi.height;
+  Tev8u* const rest = aligned(reinterpret_cast<Tev8u*>(dy + pixels));
+  if (TevStatus s = derivatives(src, srcStep, dx, dy, roi, kernelType, apertureSize, rest)) return s;
+
+  const int k = avgWindow, half = k / 2;
+  const int batch = static_cast<int>(
+      std::min<std::int64_t>(batchRows, (std::int64_t{3} * roi.height + 15 - k) / 6));  // 3 (k + 2 batch) rows fit
+  const int ring = batch + k - 1;
+  const std::ptrdiff_t pitch = (std::ptrdiff_t{roi.width} + 3) / 4 * 4;
+  auto* next = reinterpret_cast<Tev32f*>(rest);
+  const auto takeRow = [&] { return std::exchange(next, next + pitch); };
+  Lane lanes[3];
+  for (Lane& lane : lanes) {
+    lane.product = takeRow();
+    for (int i = 0; i < ring; ++i) lane.ring[i] = takeRow();
+    for (int i = 0; i < batch; ++i) lane.average[i] = takeRow();
   }
-  if (TevStatus s = derivatives(src, srcStep, dx, dy, roi, kernelType, apertureSize, end)) return s;
-  products(dx, dy, roi, plane[0], plane[1], plane[2]);
-  const Plane freed = {reinterpret_cast<Tev32f*>(dx), roi.width * int{sizeof(Tev32f)}};
-  const auto average = [&](Plane from, Plane to) {
-    return teviFilterLowpassBorder_32f_C1R(from.first, from.step, to.first, to.step, roi, maskOf(avgWindow),
-                                           tevBorderRepl, 0, end);
-  };
-  *result = {freed, plane[0], plane[1]};
-  // In this order: each average frees the plane that the next one goes to.
-  if (TevStatus s = average(plane[0], freed)) return s;
-  if (TevStatus s = average(plane[1], plane[0])) return s;
-  return average(plane[2], plane[1]);
+
+  OwnFixedRow_32f* const alongX =
+      k == 3 ? ownFilterRowBorderPipeline_32f_C1R_3x3_kerAvr : ownFilterRowBorderPipeline_32f_C1R_5x5_kerAvr;
+  OwnFixedColumn_32f* const alongY =
+      k == 3 ? ownFilterColumnPipeline_32f_C1R_3x3_kerAvr : ownFilterColumnPipeline_32f_C1R_5x5_kerAvr;
+  int filtered = 0;
+  for (int y = 0; y < roi.height; y += batch) {
+    const int count = std::min(batch, roi.height - y);
+    for (const int end = static_cast<int>(std::min<std::int64_t>(roi.height, std::int64_t{y} + count + half));
+         filtered < end; ++filtered) {
+      const std::ptrdiff_t first = std::ptrdiff_t{filtered} * roi.width;
+      products(dx + first, dy + first, roi.width, lanes[0].product, lanes[1].product, lanes[2].product);
+      for (Lane& lane : lanes)
+        alongX(lane.product, &lane.ring[filtered % ring], nullptr, 0, half, roi.width, 1, tevBorderRepl, 0);
+    }
+    for (Lane& lane : lanes) {
+      const Tev32f* window[ringRows];
+      for (int i = 0; i < count + k - 1; ++i) window[i] = lane.ring[std::clamp(y - half + i, 0, roi.height - 1) % ring];
+      alongY(window, lane.average[0], static_cast<int>(pitch), roi.width, count);
+    }
+    for (int i = 0; i < count; ++i) row(y + i, lanes[0].average[i], lanes[1].average[i], lanes[2].average[i]);
+  }
+  return tevStatusOk;
 }
 
 }  // namespace tevcv::corner

@@ -58,6 +58,9 @@ constexpr Word signBit = 1U << 31;
 inline Word allOrNone(bool condition) { return condition ? ~Word{0} : Word{0}; }
 inline Word bitsOf(Tev32f value) { return std::bit_cast<Word>(value); }
 
+// A float with the sign of a number of this computation, 0 for 0: vectors of doubles compare to masks of another width.
+inline Tev32f signOf(Tev64f value) { return static_cast<Tev32f>(value * 0x1p100); }
+
 // 1 / sqrt(x), off by less than 2^-44 of itself, from half an x in the range of floats; a finite number for 0. The
 // roundings in float leave less than 3 * 2^-24, and Newton's step 1.5 times the square of that.
 inline Tev64f inverseRoot(Tev64f halfX) {
@@ -106,9 +109,9 @@ struct EigenBlock {
       const Tev64f ac = most * least, bb4 = b2 * b2, bb = 0.25 * bb4, t = weak * most;
       const Tev64f excess = (ac - bb) - t, tolerance = (ac + bb) * 0x1p-51 + t * 0x1p-22;
       // A float determinant of the least numbers may be 0 and pass the comparison with 0.
-      const Word none = allOrNone(leastPlane < tLow) | allOrNone(excess + tolerance < -0x1p-140);
+      const Word none = allOrNone(leastPlane < tLow) | allOrNone(signOf(excess + tolerance + 0x1p-140) < 0);
       const Word corner =
-          allOrNone(leastPlane >= tHigh) & allOrNone(excess >= tolerance) & allOrNone(mostPlane < 0x1p60F);
+          allOrNone(leastPlane >= tHigh) & allOrNone(signOf(excess - tolerance) >= 0) & allOrNone(mostPlane < 0x1p60F);
       const Word onAxes = corner & allOrNone(bPlane < tLow), turned = corner & allOrNone(bPlane >= tHigh);
 
       // All of these are twice as large as in the formula.
@@ -181,13 +184,12 @@ TevStatus eigenValsVecs(const T* src, int srcStep, Tev32f* eigen, int eigenStep,
                        rowFits<Tev32f>(eigenStep, roi.width, testedElements), wholeElements<Tev32f>(eigenStep),
                        wholeElements<T>(srcStep), windows(kernelType, apertureSize, avgWindow)))
     return s;
-  Covariance m;
-  if (TevStatus s = covariance(src, srcStep, roi, kernelType, apertureSize, avgWindow, buffer, &m)) return s;
   const Tev32f scale = scaleOf(kernelType, apertureSize);
   const int sign = kernelType == tevCornerKernelSobel ? -1 : 1;
-  for (int y = 0; y < roi.height; ++y)
-    eigenRow(m.a.row(y), m.b.row(y), m.c.row(y), rows(eigen, eigenStep)[y], roi.width, scale, sign);
-  return tevStatusOk;
+  return forEachCovarianceRow(src, srcStep, roi, kernelType, apertureSize, avgWindow, buffer,
+                              [=](int y, const Tev32f* a, const Tev32f* b, const Tev32f* c) {
+                                eigenRow(a, b, c, rows(eigen, eigenStep)[y], roi.width, scale, sign);
+                              });
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Buffer sizes of the corner measures: derivative planes, product and average planes, and the largest scratch of the
 // filters that a call runs.
 #include "corner.h"
+#include "tevcv_internal/frame.h"
 
 using namespace tevcv;
 using namespace tevcv::corner;

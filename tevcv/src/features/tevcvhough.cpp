@@ -136,45 +136,99 @@ void voteByDefinition(Ballot& ballot, const Tev32s* columns, int count, Extended
     }
 }
 
-// A block's slots are computed at once. Where its ends vote inside the row, all points do.
-void voteInDouble(Ballot& ballot, const Tev32s* columns, int count, Tev64f cosine, Tev64f ySine) {
-  constexpr int block = 128;
-  Tev32s index[block];
-  for (int begin = 0; begin < count; begin += block) {
-    const int length = std::min(block, count - begin);
-    for (int i = 0; i < length; ++i) {
-      const Tev64f r = columns[begin + i] * cosine + ySine;
-      index[i] = static_cast<Tev32s>(r + std::copysign(0.5, r));
+// The rows that have points, one right behind the other: a header of count and row number, and the columns in whole
+// groups, the last one repeated. A pass over them stays in few pages of memory.
+struct PointRows {
+  static constexpr int header = 4, group = 4;
+
+  const Tev32s* begin;
+  const Tev32s* end;
+
+  static int padded(Tev32s count) { return (count + group - 1) & ~(group - 1); }
+
+  // Moves the records of the packed image together, in place.
+  PointRows(Tev32s* packed, TevSize roi) : begin(packed) {
+    const auto records = Rows<const Tev32s>(packed, static_cast<std::ptrdiff_t>(packedPitch(roi.width)));
+    Tev32s* to = packed;
+    for (int y = 0; y < roi.height; ++y) {
+      const Tev32s count = records[y][0];
+      if (count == 0) continue;
+      Tev32s* const columns = to + header;
+      std::memmove(columns, records[y] + header, static_cast<std::size_t>(count) * sizeof(Tev32s));
+      std::fill(columns + count, columns + padded(count), columns[count - 1]);
+      to[0] = count;
+      to[1] = y;
+      to = columns + padded(count);
     }
-    const auto [low, high] = std::minmax(index[0], index[length - 1]);
-    if (low < ballot.first || high > ballot.last) {
-      voteByDefinition(ballot, columns + begin, length, cosine, ySine);
-      continue;
-    }
-    ballot.touch(low, high);
-    // Neighbours often share a slot, and each would wait for the other's store: points from four places take turns.
-    const int quarter = length / 4;
-    for (int i = 0; i < quarter; ++i) {
-      ++ballot.slots[index[i]];
-      ++ballot.slots[index[i + quarter]];
-      ++ballot.slots[index[i + 2 * quarter]];
-      ++ballot.slots[index[i + 3 * quarter]];
-    }
-    for (int i = 4 * quarter; i < length; ++i) ++ballot.slots[index[i]];
+    end = to;
   }
-}
+
+  // castRow(columns, count, y)
+  template <class CastRow>
+  void forEach(CastRow castRow) const {
+    for (const Tev32s* row = begin; row != end; row += header + padded(row[0])) castRow(row + header, row[0], row[1]);
+  }
+};
+
+// Votes of an angle whose distances double holds exactly. Slots are gathered over rows of few points and cast together.
+class ExactVote {
+ public:
+  ExactVote(Ballot& ballot, Tev32f sine, Tev32f cosine) : ballot_(ballot), sine_(sine), cosine_(cosine) {}
+
+  void row(const Tev32s* columns, int count, int y) {
+    for (int begin = 0; begin < count; begin += gathered) {
+      const int length = std::min(gathered, count - begin);
+      const Tev64f ySine = y * sine_;
+      Tev32s* const slot = slots_ + count_;
+      for (int i = 0; i < length; i += PointRows::group)
+        for (int j = i; j < i + PointRows::group; ++j) {
+          const Tev64f r = columns[begin + j] * cosine_ + ySine;
+          slot[j] = static_cast<Tev32s>(r + std::copysign(0.5, r));
+        }
+      // Where the ends vote inside the accumulator, all points do.
+      const auto [low, high] = std::minmax(slot[0], slot[length - 1]);
+      if (low < ballot_.first || high > ballot_.last) {
+        voteByDefinition(ballot_, columns + begin, length, cosine_, ySine);
+        continue;
+      }
+      ballot_.touch(low, high);
+      count_ += length;
+      if (count_ >= gathered) cast();
+    }
+  }
+
+  // Neighbours often share a slot, and each would wait for the other's store: points from four places take turns.
+  void cast() {
+    const int quarter = count_ / 4;
+    for (int i = 0; i < quarter; ++i) {
+      ++ballot_.slots[slots_[i]];
+      ++ballot_.slots[slots_[i + quarter]];
+      ++ballot_.slots[slots_[i + 2 * quarter]];
+      ++ballot_.slots[slots_[i + 3 * quarter]];
+    }
+    for (int i = 4 * quarter; i < count_; ++i) ++ballot_.slots[slots_[i]];
+    count_ = 0;
+  }
+
+ private:
+  static constexpr int gathered = 1024;
+
+  Ballot& ballot_;
+  Tev64f sine_, cosine_;
+  int count_ = 0;
+  Tev32s slots_[2 * gathered];
+};
 
 // All points vote for one angle.
-void vote(Ballot& ballot, const Tev32s* packed, TevSize roi, Tev32f sine, Tev32f cosine) {
-  const auto records = Rows<const Tev32s>(packed, static_cast<std::ptrdiff_t>(packedPitch(roi.width)));
-  const bool exact = exactInDouble(roi, sine, cosine);
-  for (int y = 0; y < roi.height; ++y) {
-    const Tev32s count = records[y][0];
-    if (count == 0) continue;
-    if (exact)
-      voteInDouble(ballot, records[y] + 4, count, cosine, y * Tev64f{sine});
-    else
-      voteByDefinition(ballot, records[y] + 4, count, cosine, y * Extended{sine});
+void vote(Ballot& ballot, const PointRows& points, TevSize roi, Tev32f sine, Tev32f cosine) {
+  if (exactInDouble(roi, sine, cosine)) {
+    ExactVote exact(ballot, sine, cosine);
+    points.forEach([&](const Tev32s* columns, Tev32s count, Tev32s y) { exact.row(columns, count, y); });
+    exact.cast();
+  } else {
+    points.forEach([&](const Tev32s* columns, Tev32s count, Tev32s y) {
+      voteByDefinition(ballot, columns, count, cosine, y * Extended{sine});
+    });
   }
 }
 
@@ -279,6 +333,7 @@ TevStatus teviHoughLine_8u32f_C1R(const Tev8u* src, int srcStep, TevSize roiSize
   const Scratch scratch(buffer, grid, maxLineCount);
   fillTables(scratch.sine, scratch.cosine, grid.thetaCount, rhoStep, thetaStep);
   ownHoughLineImgPack(src, srcStep, roiSize.width, roiSize.height, scratch.packed);
+  const PointRows points(scratch.packed, roiSize);
 
   int count = 0;
   Tev32s listMinimum = 0;
@@ -292,7 +347,7 @@ TevStatus teviHoughLine_8u32f_C1R(const Tev8u* src, int srcStep, TevSize roiSize
     std::fill_n(votesOf(i), static_cast<std::size_t>(grid.rhoCount) + 1, 0);
     const Tev32s first = -grid.rhoOffset, last = first + grid.rhoCount - 1;
     Ballot ballot = {votesOf(i) + 1 + grid.rhoOffset, first, last, last, first};
-    vote(ballot, scratch.packed, roiSize, scratch.sine[i], scratch.cosine[i]);
+    vote(ballot, points, roiSize, scratch.sine[i], scratch.cosine[i]);
     if (i > 0) findPeaks(i - 1, lowest, highest);
     lowest = ballot.lowest + grid.rhoOffset;
     highest = ballot.highest + grid.rhoOffset;

@@ -37,12 +37,11 @@ TevStatus minEigenVal(const T* src, int srcStep, Tev32f* dst, int dstStep, TevSi
                                  rowFits<Tev32f>(dstStep, roi.width), wholeElements<Tev32f>(dstStep),
                                  wholeElements<T>(srcStep), windows(kernelType, apertureSize, avgWindow)))
     return s;
-  Covariance m;
-  if (TevStatus s = covariance(src, srcStep, roi, kernelType, apertureSize, avgWindow, buffer, &m)) return s;
   const Tev32f scale = scaleOf(kernelType, apertureSize);
-  for (int y = 0; y < roi.height; ++y)
-    smallerEigenvalues(m.a.row(y), m.b.row(y), m.c.row(y), rows(dst, dstStep)[y], roi.width, scale);
-  return tevStatusOk;
+  return forEachCovarianceRow(src, srcStep, roi, kernelType, apertureSize, avgWindow, buffer,
+                              [=](int y, const Tev32f* a, const Tev32f* b, const Tev32f* c) {
+                                smallerEigenvalues(a, b, c, rows(dst, dstStep)[y], roi.width, scale);
+                              });
 }
 
 }  // namespace

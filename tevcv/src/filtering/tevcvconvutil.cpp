@@ -55,6 +55,7 @@ namespace {
 template <int... tap>
 struct Taps {
   static constexpr int size = sizeof...(tap);
+  static constexpr int weight = (... + (tap < 0 ? -tap : tap));
 };
 using Scharr3 = Taps<3, 10, 3>;
 using Dx3 = Taps<-1, 0, 1>;
@@ -125,8 +126,12 @@ class Range {
     broken_ |= other.broken_;
   }
 
-  // The kernels' taps together weigh at most 16, and one more value may be added.
-  bool sumsAreExactInFloat() const { return broken_ == 0 && largest_ <= std::bit_cast<std::int32_t>(wholeLimit); }
+  // For kernels whose taps together weigh `weight`; one more value may be added.
+  template <int weight>
+  bool sumsAreExactInFloat() const {
+    constexpr auto limit = static_cast<Tev32f>((1 << 24) / (weight + 1));
+    return broken_ == 0 && largest_ <= std::bit_cast<std::int32_t>(limit);
+  }
   // 24 bits of the smallest value, the distance to the largest, 5 bits for the sum of the taps: 53 in all.
   bool sumsAreExactInDouble() const { return largest_ < 0x7F800000 && (largest_ >> 23) - (smallest_ >> 23) <= 23; }
 
@@ -134,8 +139,6 @@ class Range {
   bool sumsStayNormal() const { return (smallest_ >> 23) >= 30; }
 
  private:
-  static constexpr Tev32f wholeLimit = 1 << 19;
-
   std::int32_t largest_ = 0;            // bit patterns order as magnitudes do
   std::int32_t smallest_ = 0x7FFFFFFF;  // less one
   std::int32_t broken_ = 0;             // not 0 where a value is no whole number
@@ -190,9 +193,9 @@ void roundedProducts(Tev32f* dst, int width, Product product, Exact exact) {
 }
 
 // The same by the fastest of the three ways that the values allow.
-template <class Sum, class Magnitude>
+template <int weight, class Sum, class Magnitude>
 void roundedSums(Tev32f* dst, int width, const Range& range, Sum sum, Magnitude magnitude) {
-  if (range.sumsAreExactInFloat()) {
+  if (range.sumsAreExactInFloat<weight>()) {
 #pragma GCC ivdep
     for (int x = 0; x < width; ++x) dst[x] = sum(Tev32f{}, x);
   } else if (range.sumsAreExactInDouble()) {
@@ -206,7 +209,7 @@ void roundedSums(Tev32f* dst, int width, const Range& range, Sum sum, Magnitude 
 // dst[x] = dot product of the taps with at(0, x), at(1, x), ...
 template <class Kernel, class At>
 void roundedDots(Tev32f* dst, int width, const Range& range, At at) {
-  roundedSums(
+  roundedSums<Kernel::weight>(
       dst, width, range, [&]<class V>(V, int x) { return dot<V>(Kernel{}, [&](int j) { return at(j, x); }); },
       [&](int x) { return absoluteDot(Kernel{}, [&](int j) { return at(j, x); }); });
 }
@@ -237,7 +240,7 @@ struct Row {
     if constexpr (isDifference) {
       constexpr int plus = std::is_same_v<Kernel, Dx3> ? 2 : 0;
       roundedDifferences(dst, width, plus, 2 - plus, at);
-    } else if (!range.sumsAreExactInFloat() && range.sumsAreExactInDouble()) {
+    } else if (!range.sumsAreExactInFloat<Kernel::weight>() && range.sumsAreExactInDouble()) {
       // Each pixel is converted once for the k sums that it goes into.
       constexpr int block = 256;
       for (int first = 0; first < width; first += block) {
@@ -348,7 +351,7 @@ struct PairedColumn {
     const auto magnitude = [&](int x) {
       return (std::fabs(Tev64f{rows[0][x]}) + std::fabs(Tev64f{rows[2][x]})) * 2 + std::fabs(Tev64f{rows[1][part + x]});
     };
-    roundedSums(dst, width, range, sum, magnitude);
+    roundedSums<5>(dst, width, range, sum, magnitude);
   }
 };
 
@@ -361,7 +364,7 @@ struct AddedSobel5 : Column<Sobel5> {
     const auto magnitude = [&](int x) {
       return absoluteDot(Sobel5{}, [&](int j) { return rows[j][x]; }) + std::fabs(Tev64f{dst[x]});
     };
-    roundedSums(dst, width, range, sum, magnitude);
+    roundedSums<Sobel5::weight>(dst, width, range, sum, magnitude);
   }
 };
 
@@ -372,22 +375,25 @@ template <class Kernel>
 struct Average {
   static constexpr int size = Kernel::size;
   static constexpr bool isDifference = false;
-  static constexpr Tev32f weight = size == 3 ? 0.11111111F : 0.04F;
+  static constexpr Tev32f fraction = size == 3 ? 0.11111111F : 0.04F;
 
   // (sum * 7280 + 36400) >> 16 and (sum * 2621) >> 16.
   static constexpr int factor = size == 3 ? 7280 : 2621, addend = size == 3 ? 5 : 0;
   static int mean(int sum) { return ((sum + addend) * factor) >> 16; }
 
   static void run(const Tev32f* const (&rows)[size], Tev32f* dst, int width, int, const Range& range) {
-    const auto sum = [&]<class V>(V, int x) { return dot<V>(Kernel{}, [&](int j) { return rows[j][x]; }) * V{weight}; };
-    const auto magnitude = [&](int x) {
-      return absoluteDot(Kernel{}, [&](int j) { return rows[j][x]; }) * Tev64f{weight};
+    const auto sum = [&]<class V>(V, int x) {
+      return dot<V>(Kernel{}, [&](int j) { return rows[j][x]; }) * V{fraction};
     };
-    if (!range.sumsAreExactInFloat() && range.sumsAreExactInDouble() && range.sumsStayNormal())
+    const auto magnitude = [&](int x) {
+      return absoluteDot(Kernel{}, [&](int j) { return rows[j][x]; }) * Tev64f{fraction};
+    };
+    const bool exactInFloat = range.sumsAreExactInFloat<Kernel::weight>();
+    if (!exactInFloat && range.sumsAreExactInDouble() && range.sumsStayNormal())
       roundedProducts(
           dst, width, [&](int x) { return sum(Tev64f{}, x); }, [&](int x) { return sum(Extended{}, x); });
-    else if (range.sumsAreExactInFloat())
-      roundedSums(dst, width, range, sum, magnitude);
+    else if (exactInFloat)
+      roundedSums<Kernel::weight>(dst, width, range, sum, magnitude);
     else
       guardedSums(dst, width, sum, magnitude);
   }
