@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # fuzz.sh MINUTES [i386]
 # Fuzzes every public function for MINUTES with two jobs under AddressSanitizer and UndefinedBehaviorSanitizer, beginning
-# with the inputs in tests/exercise/corpus.bin, and leaves there what reaches all that has been reached, in as few and
-# short inputs as do. Inputs that crash are left in build/fuzz*/crashes.
+# with the inputs in tests/exercise/corpus.bin, and leaves there what reaches every edge that has been reached, in as few
+# and short inputs as do. Inputs that crash are left in build/fuzz*/crashes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/setup.sh
@@ -27,7 +27,7 @@ grep -E '^#[0-9]+: cov' "build/$preset/fuzz.log" | tail -n 1
 
 rm -rf "$work.merged"
 mkdir "$work.merged"
-"$fuzz" -set_cover_merge=1 -print_funcs=0 -timeout=120 "$work.merged" "$work" > "build/$preset/merge.log" 2>&1
+"$fuzz" -set_cover_merge=1 -use_counters=0 -print_funcs=0 -timeout=120 "$work.merged" "$work" > "build/$preset/merge.log" 2>&1
 "$replay" --pack "$work.merged" "$corpus"
 found=$(find "$crashes" -type f ! -name 'slow-unit-*' | wc -l)  # slow ones are kept too, and are no fault
 [ "$found" -eq 0 ] || { echo "$found inputs in $crashes crash; run one alone: $fuzz FILE"; exit 1; }
