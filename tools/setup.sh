@@ -67,5 +67,5 @@ build() {  # build PRESET [TARGET...]
   echo "== building $1"
   cmake --preset "$1" > "build-$1.log" 2>&1 || { cat "build-$1.log"; return 1; }
   cmake --build --preset "$1" ${2:+--target "${@:2}"} >> "build-$1.log" 2>&1 || { grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking|Creating)' "build-$1.log"; return 1; }
-  rm "build-$1.log"
+  rm -f "build-$1.log"
 }

@@ -1,6 +1,5 @@
 // A picture framed: its edge pixels repeated outward, or one shade around it.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/pixels.h"
 #include "cli/points.h"
 #include "tevcv.h"

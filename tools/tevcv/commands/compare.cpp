@@ -2,7 +2,6 @@
 #include <cmath>
 
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "tevcv.h"
 
 namespace cli {

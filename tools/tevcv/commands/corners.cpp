@@ -1,6 +1,5 @@
 // Corners: places where the smaller eigenvalue of the gradient covariance (or Harris's response) has a peak.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/features.h"
 #include "cli/paint.h"
 #include "cli/pixels.h"

@@ -2,7 +2,6 @@
 #include "../../../examples/cascade.h"
 
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/paint.h"
 #include "tevcv.h"
 

@@ -1,7 +1,6 @@
 // How much the pixels vary in a window around each place: the standard deviation from integral tables, in upright
 // windows or in ones that stand on a corner.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/pixels.h"
 #include "tevcv.h"
 

@@ -1,6 +1,5 @@
 // Absolute difference: of two pictures, of one and a constant, of one and itself moved.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "tevcv.h"
 
 namespace cli {

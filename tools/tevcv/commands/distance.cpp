@@ -3,7 +3,6 @@
 
 #include "cli/binary.h"
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/contours.h"
 #include "cli/features.h"
 #include "tevcv.h"

@@ -1,6 +1,5 @@
 // Canny edges from Sobel derivatives.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/features.h"
 #include "cli/paint.h"
 #include "tevcv.h"

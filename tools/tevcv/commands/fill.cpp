@@ -1,6 +1,5 @@
 // Flood fill: the pixels around a seed that are alike.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/paint.h"
 #include "cli/pixels.h"
 #include "cli/seeds.h"

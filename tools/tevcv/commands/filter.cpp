@@ -1,7 +1,6 @@
 // The linear filters: derivatives and averages with fixed kernels, the Gaussian, and separable kernels of the user's
 // own.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/pixels.h"
 #include "cli/separable.h"
 #include "tevcv.h"

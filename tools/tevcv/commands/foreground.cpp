@@ -1,6 +1,5 @@
 // What moves in front of a background that the model learns from the frames.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/montage.h"
 #include "cli/paint.h"
 #include "tevcv.h"

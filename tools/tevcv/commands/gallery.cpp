@@ -2,7 +2,6 @@
 #include "gallery/cards.h"
 
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "gallery/page.h"
 #include "gallery/small.h"
 #include "tevcore.h"

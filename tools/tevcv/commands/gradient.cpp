@@ -1,7 +1,6 @@
 // The gradient of a colour picture in one channel: the length of each channel's gradient, reduced by a norm. An edge
 // between colours of equal brightness stands out here, while the gradient of the grey picture misses it.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/pixels.h"
 #include "cli/separable.h"
 #include "tevcv.h"

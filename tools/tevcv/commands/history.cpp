@@ -3,7 +3,6 @@
 #include <cstdint>
 
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/paint.h"
 #include "tevcv.h"
 

@@ -1,6 +1,5 @@
 // What the library is, and what a picture file holds.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "tevcore.h"
 #include "tevcv.h"
 

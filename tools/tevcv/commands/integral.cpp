@@ -1,6 +1,5 @@
 // Integral tables made visible, and what they are for: the sum under any rectangle by four reads.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/paint.h"
 #include "cli/pixels.h"
 #include "cli/points.h"

@@ -1,7 +1,6 @@
 // Marker labelling: the objects of a picture numbered and measured, and the bounds between them drawn.
 #include "cli/binary.h"
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/segments.h"
 #include "tevcv.h"
 

@@ -1,6 +1,5 @@
 // Straight lines: Hough's transform of Canny's edges.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/features.h"
 #include "cli/paint.h"
 #include "cli/pixels.h"

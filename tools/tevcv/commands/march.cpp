@@ -1,7 +1,6 @@
 // Fast marching: a front leaves its seeds at one pixel a unit of time; when it comes by every other pixel.
 #include "cli/binary.h"
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/contours.h"
 #include "cli/features.h"
 #include "cli/element.h"

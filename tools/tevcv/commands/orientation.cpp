@@ -1,6 +1,5 @@
 // The direction in which a picture gets brighter, pixel by pixel: the fast arctangent of both Sobel derivatives.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/pixels.h"
 #include "tevcv.h"
 

@@ -1,6 +1,5 @@
 // A small rectangle around a point between the pixels, enlarged so that one sees each of its pixels.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/paint.h"
 #include "cli/pixels.h"
 #include "cli/points.h"

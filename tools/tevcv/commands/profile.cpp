@@ -1,6 +1,5 @@
 // The pixels along a line: drawn as a chart below the picture, and as a table.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/paint.h"
 #include "cli/pixels.h"
 #include "cli/points.h"

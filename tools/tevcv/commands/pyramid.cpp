@@ -1,7 +1,6 @@
 // Pyramids: levels that halve by the Gaussian steps, or shrink at any rate by the general layers; what each level loses
 // to the next; each level brought back to the picture's size.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/montage.h"
 #include "cli/pixels.h"
 #include "tevcv.h"

@@ -1,7 +1,6 @@
 // Reconstruction: markers grow inside the picture and stop at its edges, so that objects come back whole or not at all.
 #include "cli/binary.h"
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/element.h"
 #include "cli/pixels.h"
 #include "tevcv.h"

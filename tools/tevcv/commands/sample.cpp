@@ -4,7 +4,6 @@
 #include <cstdint>
 
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/paint.h"
 
 namespace cli {

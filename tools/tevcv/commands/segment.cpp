@@ -1,6 +1,5 @@
 // Gradient segmentation: regions grow from markers through smooth areas and stop at edges.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/seeds.h"
 #include "cli/segments.h"
 #include "tevcv.h"

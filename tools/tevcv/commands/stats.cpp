@@ -1,6 +1,5 @@
 // Mean, deviation, extrema with their places, and norms of each channel.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "tevcv.h"
 
 namespace cli {

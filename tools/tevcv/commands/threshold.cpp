@@ -2,7 +2,6 @@
 #include <cmath>
 
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/pixels.h"
 #include "tevcv.h"
 

@@ -3,7 +3,6 @@
 #include <numeric>
 
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/features.h"
 #include "cli/paint.h"
 #include "tevcv.h"

@@ -1,6 +1,5 @@
 // Takes a lens's distortion out of a picture, or puts it in.
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/paint.h"
 #include "cli/pixels.h"
 #include "tevcv.h"

@@ -3,7 +3,6 @@
 
 #include "cli/binary.h"
 #include "cli/command.h"
-#include "cli/commands.h"
 #include "cli/seeds.h"
 #include "cli/segments.h"
 #include "tevcv.h"
