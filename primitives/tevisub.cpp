@@ -61,10 +61,10 @@ TevStatus subtract(const Tev8u* src1, int src1Step, const Tev8u* src2, int src2S
 }
 
 // The forms of several channels look at the width alone and leave the rest to the one-channel form. A width whose
-// elements no int can count is no size either.
+// elements no int can count is no size either; that form says so, pointers first.
 TevStatus channelWidth(TevSize* roi, int channels) {
-  if (roi->width < 1 || roi->width > INT_MAX / channels) return tevStatusBadSize;
-  roi->width *= channels;
+  if (roi->width < 1) return tevStatusBadSize;
+  roi->width = roi->width > INT_MAX / channels ? 0 : roi->width * channels;
   return tevStatusOk;
 }
 
