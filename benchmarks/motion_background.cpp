@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 
 #include "bench.h"
 #include "tevcv/motion.h"
@@ -54,11 +55,15 @@ const bool gaussians[] = {
          .prepare = [] { return gaussian<3>(teviForegroundGaussianInitAlloc_8u_C3R, teviForegroundGaussian_8u_C3R); }}),
 };
 
-template <int channels, class Init, class Detect, class Update>
-std::function<void()> histogram(bool learning, Init init, Detect detect, Update update) {
+template <int channels, class Init, class Detect, class Update, class Free>
+std::function<void()> histogram(bool learning, Init init, Detect detect, Update update, Free free) {
   auto video = std::make_shared<Video<channels>>();
+  // A model of this size takes a third of what a 32-bit program can address: the one of the entry before is freed.
+  static std::shared_ptr<TevForegroundHistogramState> last;  // one for each number of channels
+  last.reset();
   TevForegroundHistogramState* model = nullptr;
-  init(video->frame(), 640 * channels, frameSize, &video->ref, &model);
+  if (init(video->frame(), 640 * channels, frameSize, &video->ref, &model) != tevStatusOk) throw std::bad_alloc();
+  last.reset(model, free);
   const auto call = [=](bool learns) {
     const Tev8u* const frame = video->frame();
     Tev8u* const mask = video->mask.data();
@@ -72,13 +77,15 @@ std::function<void()> histogram(bool learning, Init init, Detect detect, Update 
 bool histogramC1(const char* name, bool learning) {
   return bench::add({.name = name, .roi = frameSize, .prepare = [=] {
                        return histogram<1>(learning, teviForegroundHistogramInitAlloc_8u_C1R,
-                                           teviForegroundHistogram_8u_C1R, teviForegroundHistogramUpdate_8u_C1R);
+                                           teviForegroundHistogram_8u_C1R, teviForegroundHistogramUpdate_8u_C1R,
+                                           teviForegroundHistogramFree_8u_C1R);
                      }});
 }
 bool histogramC3(const char* name, bool learning) {
   return bench::add({.name = name, .roi = frameSize, .prepare = [=] {
                        return histogram<3>(learning, teviForegroundHistogramInitAlloc_8u_C3R,
-                                           teviForegroundHistogram_8u_C3R, teviForegroundHistogramUpdate_8u_C3R);
+                                           teviForegroundHistogram_8u_C3R, teviForegroundHistogramUpdate_8u_C3R,
+                                           teviForegroundHistogramFree_8u_C3R);
                      }});
 }
 

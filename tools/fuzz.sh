@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 minutes=${1:?usage: tools/fuzz.sh MINUTES [i386]}
 preset=fuzz${2:+-$2}
 need_build_tools
-need clang libomp-14-dev
+need clang libclang-rt-14-dev libomp-14-dev
 
 build "$preset"
 build x86_64 exercise_replay
