@@ -1,4 +1,5 @@
 #include "statistics/moments.h"
+#include "tevcore.h"
 #include "tevcv/statistics.h"
 #include "tevcv_internal/frame.h"
 
@@ -105,6 +106,15 @@ TEST(MeanStdDevExample, OnePixelAmongEqualOnesKeepsItsDigits) {
   s.set(500, 500, 254);
   const double n = 997.0 * 991.0;
   EXPECT_NEAR(of(s).deviation, std::sqrt(n - 1) / n, 2e-12);
+}
+
+TEST(MeanStdDevExample, ACoreLibraryThatLeavesItsThreadWordAtZeroMeansOneThread) {
+  const Threads setting(2);
+  const auto s = Image<Tev8u>(600, 600).fill(9).clone();
+  threads_omp_of_n_tev = 0;
+  const Moments r = of(s);
+  threads_omp_of_n_tev = 2;
+  EXPECT_EQ(r, (Moments{9, 0}));
 }
 
 TYPED_TEST(MeanStdDev, OfAnEmptyMaskIsZero) {
